@@ -1,0 +1,406 @@
+#include "core/mainwindow.h"
+
+#include "core/about_dialog.h"
+#include "core/cycle.h"
+#include "core/display.h"
+#include "core/panel.h"
+#include "core/panel_seam.h"
+#include "core/settings.h"
+#include "core/state.h"
+#include "ui_mainwindow.h"
+#include "widgets/compass.h"
+
+#include <QCoreApplication>
+#include <QMenuBar>
+#include <cstdio>
+
+static void cycle_run_display(void *window, int source)
+{
+    static_cast<MainWindow *>(window)->DisplayGroup(source);
+}
+
+static void cycle_run_position(void *window, int source)
+{
+    static_cast<MainWindow *>(window)->PositionGroup(source);
+}
+
+static void cycle_run_panel_page(void *window, int)
+{
+    static_cast<MainWindow *>(window)->PanelPageGroup();
+}
+
+MainWindow::MainWindow(int instance, QWidget *parent)
+    : QMainWindow(parent), azimuth_dial(nullptr), elevation_dial(nullptr), wind_direction_dial(nullptr),
+      wind_speed_dial(nullptr), temperature_dial(nullptr), barometer_dial(nullptr), altimeter_dial(nullptr),
+      ui(new Ui::MainWindow), timer(new QTimer(this)), menu_bar(nullptr), menu_shown(0)
+{
+    ui->setupUi(this);
+
+    char title[96];
+    settings_instance_names(instance, ini_file_name, sizeof ini_file_name, title, sizeof title);
+    setWindowTitle(QString::fromLatin1(title));
+
+    setFixedSize(size());
+    memset(adc_samples, 0, sizeof adc_samples);
+    ui->MutualDopplerButton->hide();
+    ui->MutualDoppler->hide();
+    ui->menuFrame->hide();
+    LoadIcons();
+    registerPanel();
+    connectButtons();
+
+    LoadSettings(ini_file_name, &settings);
+
+    // Rig control always starts off; the operator switches it on with the rig button.
+    settings.OmniRigActive = 0;
+
+    createDials();
+    UpdateDisplay();
+    applyInitialStyles();
+
+    SetupTrackingSource();
+
+    connect(timer, &QTimer::timeout, this, &MainWindow::TimerEvent);
+    timer->start(CYCLE_TICK_MS);
+}
+
+MainWindow::~MainWindow()
+{
+    timer->stop();
+    SaveSettings(ini_file_name, &settings);
+    panel_unregister_all();
+    delete ui;
+}
+
+void MainWindow::LoadIcons(void)
+{
+    QString path = QCoreApplication::applicationDirPath() + "/pixmaps/menu-icon.png";
+    if (!menu_icon.load(path))
+    {
+        return;
+    }
+    ui->MenuButton->setIcon(QIcon(menu_icon));
+    QSize button = ui->MenuButton->size();
+    ui->MenuButton->setIconSize(QSize(8 * button.width() / 10, 8 * button.height() / 10));
+}
+
+void MainWindow::registerPanel(void)
+{
+    QWidget *const controls[PANEL_COUNT] = {
+        ui->MenuButton,        ui->SourceButton,        ui->SourceAzimuth,     ui->SourceElevation,
+        ui->antennaAzimuth,    ui->antennaElevation,    ui->CallSign,          ui->Location,
+        ui->HomeStationButton, ui->DxStationButton,     ui->DateTime,          ui->RiseTime,
+        ui->SetTime,           ui->AU,                  ui->LHA_Label,         ui->LHA,
+        ui->DEC_Label,         ui->Declination,         ui->AzCalibrateButton, ui->ElCalibrateButton,
+        ui->autoButton,        ui->parkButton,          ui->stopButton,        ui->AzManualButton,
+        ui->ElManualButton,    ui->leftButton,          ui->rightButton,       ui->upButton,
+        ui->downButton,        ui->TxDopplerButton,     ui->RxDopplerButton,   ui->MutualDopplerButton,
+        ui->OmniRigButton,     ui->txFrequency,         ui->rxFrequency,       ui->HomeDoppler,
+        ui->DxDoppler,         ui->MutualDoppler,       ui->WindSpeed,         ui->WindDirection,
+        ui->Thermometer,
+    };
+    for (int i = 0; i < PANEL_COUNT; i++)
+    {
+        panel_register(i, controls[i]);
+    }
+    panel_register_status(ui->statusBar);
+}
+
+void MainWindow::connectButtons(void)
+{
+    connect(ui->MenuButton, &QPushButton::pressed, this, &MainWindow::MenuButtonPressed);
+    connect(ui->SourceAzimuth, &QPushButton::pressed, this, &MainWindow::AzSourceButtonPressed);
+    connect(ui->SourceElevation, &QPushButton::pressed, this, &MainWindow::ElSourceButtonPressed);
+    connect(ui->AzManualButton, &QPushButton::pressed, this, &MainWindow::AzManualButtonPressed);
+    connect(ui->ElManualButton, &QPushButton::pressed, this, &MainWindow::ElManualButtonPressed);
+    connect(ui->SourceButton, &QPushButton::pressed, this, &MainWindow::SourceButtonPressed);
+    connect(ui->stopButton, &QPushButton::pressed, this, &MainWindow::StopButtonPressed);
+    connect(ui->upButton, &QToolButton::pressed, this, &MainWindow::UpButtonPressed);
+    connect(ui->downButton, &QToolButton::pressed, this, &MainWindow::DownButtonPressed);
+    connect(ui->leftButton, &QToolButton::pressed, this, &MainWindow::LeftButtonPressed);
+    connect(ui->rightButton, &QToolButton::pressed, this, &MainWindow::RightButtonPressed);
+    connect(ui->AzCalibrateButton, &QPushButton::pressed, this, &MainWindow::AzCalibrateButtonPressed);
+    connect(ui->ElCalibrateButton, &QPushButton::pressed, this, &MainWindow::ElCalibrateButtonPressed);
+    connect(ui->autoButton, &QPushButton::pressed, this, &MainWindow::AutoButtonPressed);
+    connect(ui->parkButton, &QPushButton::pressed, this, &MainWindow::ParkButtonPressed);
+    connect(ui->TxDopplerButton, &QPushButton::pressed, this, &MainWindow::TxButtonPressed);
+    connect(ui->RxDopplerButton, &QPushButton::pressed, this, &MainWindow::RxButtonPressed);
+    connect(ui->OmniRigButton, &QPushButton::pressed, this, &MainWindow::OmniRigButtonPressed);
+    connect(ui->HomeStationButton, &QPushButton::pressed, this, &MainWindow::HomeStationButtonPressed);
+    connect(ui->DxStationButton, &QPushButton::pressed, this, &MainWindow::DxStationButtonPressed);
+}
+
+void MainWindow::applyInitialStyles(void)
+{
+    static const int gray[] = {PANEL_AZ_CALIBRATE, PANEL_EL_CALIBRATE, PANEL_AUTO,       PANEL_PARK,
+                               PANEL_STOP,         PANEL_LEFT,         PANEL_RIGHT,      PANEL_UP,
+                               PANEL_DOWN,         PANEL_AZ_MANUAL,    PANEL_EL_MANUAL,  PANEL_TX_DOPPLER,
+                               PANEL_RX_DOPPLER,   PANEL_OMNIRIG,      PANEL_HOME_STATION, PANEL_DX_STATION};
+    static const int green_text[] = {PANEL_SOURCE_AZIMUTH, PANEL_SOURCE_ELEVATION, PANEL_SOURCE, PANEL_DECLINATION,
+                                     PANEL_LHA};
+    for (int control : gray)
+    {
+        panel_style(control, STYLE_GRAY);
+    }
+    panel_style(PANEL_ANTENNA_AZIMUTH, STYLE_RED_TEXT);
+    panel_style(PANEL_ANTENNA_ELEVATION, STYLE_RED_TEXT);
+    for (int control : green_text)
+    {
+        panel_style(control, STYLE_GREEN_TEXT);
+    }
+    panel_visible(PANEL_AZ_CALIBRATE, 0);
+    panel_enabled(PANEL_AZ_CALIBRATE, 0);
+    panel_visible(PANEL_EL_CALIBRATE, 0);
+    panel_enabled(PANEL_EL_CALIBRATE, 0);
+}
+
+void MainWindow::createDials(void)
+{
+    azimuth_dial = new Compass("Azimuth", nullptr, nullptr, 2, Qt::green, Qt::red);
+    azimuth_dial->setOuterScale(180, 540, 0, 360, 2, 10);
+    azimuth_dial->setLimits(settings.AzimuthLimitMin, settings.AzimuthLimitMax);
+
+    elevation_dial = new Compass("Elevation", nullptr, nullptr, 2, Qt::green, Qt::red);
+    elevation_dial->setOuterScale(90, 360, -90, 180, 2, 10);
+    elevation_dial->setLimits(settings.ElevationLimitMin, settings.ElevationLimitMax);
+
+    // The weather dials take their alarm limits from the weather settings.
+    wind_speed_dial = new Compass("Wind Speed", nullptr, nullptr, 1, Qt::yellow, Qt::red);
+    wind_speed_dial->setOuterScale(40, 320, 0, 140, 2, 10);
+    wind_speed_dial->setInnerScale(40, 320, 0, 225.308, 5, 25);
+
+    wind_direction_dial = new Compass("Wind Direction", nullptr, nullptr, 1, Qt::yellow, Qt::black);
+    wind_direction_dial->setOuterScale(180, 540, 0, 360, 2, 10);
+
+    temperature_dial = new Compass("Temperature", nullptr, nullptr, 1, Qt::yellow, Qt::red);
+    temperature_dial->setOuterScale(90, 270, -30, 150, 2, 10);
+    temperature_dial->setInnerScale(90, 270, -34.4, 65.6, 5, 10);
+
+    barometer_dial = new Compass("Barometer", nullptr, nullptr, 1, Qt::yellow, Qt::blue);
+    barometer_dial->setOuterScale(90, 270, 25, 35, 3, 18);
+    barometer_dial->setInnerScale(90, 270, 847, 1185, 6, 36);
+
+    altimeter_dial = new Compass("Altimeter", "x 1000", nullptr, 1, Qt::yellow, Qt::blue);
+    altimeter_dial->setOuterScale(180, 540, 0, 10, 4, 36);
+
+    ui->stackedWidget1->addWidget(azimuth_dial);
+    ui->stackedWidget1->addWidget(wind_speed_dial);
+    ui->stackedWidget1->addWidget(temperature_dial);
+    ui->stackedWidget1->addWidget(altimeter_dial);
+    ui->stackedWidget2->addWidget(elevation_dial);
+    ui->stackedWidget2->addWidget(wind_direction_dial);
+    ui->stackedWidget2->addWidget(barometer_dial);
+    ui->stackedWidget1->setCurrentIndex(0);
+    ui->stackedWidget2->setCurrentIndex(0);
+
+    Compass *const dials[DIAL_COUNT] = {azimuth_dial,        elevation_dial,   wind_speed_dial, wind_direction_dial,
+                                        temperature_dial,    barometer_dial,   altimeter_dial};
+    for (int i = 0; i < DIAL_COUNT; i++)
+    {
+        panel_register_dial(i, dials[i]);
+    }
+
+    connect(azimuth_dial, &Compass::MousePosition, this, &MainWindow::SourceAzimuthMousePosition);
+    connect(elevation_dial, &Compass::MousePosition, this, &MainWindow::SourceElevationMousePosition);
+    connect(barometer_dial, &Compass::MousePosition, this, &MainWindow::BarometerMousePosition);
+    connect(azimuth_dial, &Compass::MousePressed, this, &MainWindow::SourceAzimuthMousePressed);
+    connect(elevation_dial, &Compass::MousePressed, this, &MainWindow::SourceElevationMousePressed);
+}
+
+void MainWindow::createMenus(void)
+{
+    menu_bar = new QMenuBar();
+    menu_bar->setStyleSheet(panel_style_text(STYLE_MENU_BAR));
+    QAction *about = menu_bar->addAction(tr("About"));
+    connect(about, &QAction::triggered, this, &MainWindow::About);
+}
+
+void MainWindow::UpdateDisplay(void)
+{
+    panel_update_display();
+}
+
+void MainWindow::SetupTrackingSource(void)
+{
+    UpdateDisplay();
+}
+
+void MainWindow::SendPskSelfReport(void)
+{
+}
+
+void MainWindow::TimerEvent(void)
+{
+    CycleActions actions = {};
+    actions.context = this;
+    actions.run[CYCLE_DISPLAY] = cycle_run_display;
+    actions.run[CYCLE_POSITION] = cycle_run_position;
+    actions.run[CYCLE_PANEL_PAGE] = cycle_run_panel_page;
+    CycleConditions conditions = cycle_conditions_now();
+    cycle_tick(&actions, &conditions);
+}
+
+void MainWindow::DisplayGroup(int source)
+{
+    display_group(source, ui->panelSlider->value());
+}
+
+void MainWindow::PositionGroup(int)
+{
+}
+
+void MainWindow::PanelPageGroup(void)
+{
+    selectPanel(ui->panelSlider->value());
+}
+
+void MainWindow::selectPanel(int pos)
+{
+    int page1, page2;
+    cycle_panel_pages(pos, &page1, &page2);
+    ui->stackedWidget1->setCurrentIndex(page1);
+    ui->stackedWidget2->setCurrentIndex(page2);
+}
+
+void MainWindow::MenuButtonPressed(void)
+{
+    if (!menu_shown)
+    {
+        createMenus();
+        ui->MenuLayout->setMenuBar(menu_bar);
+        ui->menuFrame->show();
+        ui->menuFrame->raise();
+        menu_shown = 1;
+        return;
+    }
+    ui->MenuLayout->setMenuBar(nullptr);
+    ui->menuFrame->hide();
+    delete menu_bar;
+    menu_bar = nullptr;
+    menu_shown = 0;
+}
+
+void MainWindow::About(void)
+{
+    AboutDialog dialog(this);
+    dialog.exec();
+}
+
+// The slots below belong to the drive, the rig and the remote links; each is
+// filled in as its subsystem joins the panel.
+void MainWindow::SourceButtonPressed(void)
+{
+}
+
+void MainWindow::AzSourceButtonPressed(void)
+{
+}
+
+void MainWindow::ElSourceButtonPressed(void)
+{
+}
+
+void MainWindow::AutoButtonPressed(void)
+{
+}
+
+void MainWindow::ParkButtonPressed(void)
+{
+}
+
+void MainWindow::StopButtonPressed(void)
+{
+}
+
+void MainWindow::AzManualButtonPressed(void)
+{
+}
+
+void MainWindow::ElManualButtonPressed(void)
+{
+}
+
+void MainWindow::LeftButtonPressed(void)
+{
+}
+
+void MainWindow::RightButtonPressed(void)
+{
+}
+
+void MainWindow::UpButtonPressed(void)
+{
+}
+
+void MainWindow::DownButtonPressed(void)
+{
+}
+
+void MainWindow::AzCalibrateButtonPressed(void)
+{
+}
+
+void MainWindow::ElCalibrateButtonPressed(void)
+{
+}
+
+void MainWindow::TxButtonPressed(void)
+{
+}
+
+void MainWindow::RxButtonPressed(void)
+{
+}
+
+void MainWindow::OmniRigButtonPressed(void)
+{
+}
+
+void MainWindow::HomeStationButtonPressed(void)
+{
+}
+
+void MainWindow::DxStationButtonPressed(void)
+{
+}
+
+void MainWindow::SourceAzimuthMousePosition(void)
+{
+    if (settings.TrackingSource != SOURCE_USER_AZEL)
+    {
+        return;
+    }
+    double angle = compass_touch_azimuth(azimuth_dial->mouse_x, azimuth_dial->mouse_y, azimuth_dial->center_x,
+                                         azimuth_dial->center_y);
+    angle = panel_touch_limit(angle, settings.AzimuthLimitMin, settings.AzimuthLimitMax);
+    azimuth_dial->setNeedle1(angle);
+    azimuth_dial->repaint();
+    panel_set_user_azimuth(angle);
+}
+
+void MainWindow::SourceElevationMousePosition(void)
+{
+    if (settings.TrackingSource != SOURCE_USER_AZEL)
+    {
+        return;
+    }
+    double angle = compass_touch_elevation(elevation_dial->mouse_x, elevation_dial->mouse_y,
+                                           elevation_dial->center_x, elevation_dial->center_y);
+    angle = panel_touch_limit(angle, settings.ElevationLimitMin, settings.ElevationLimitMax);
+    elevation_dial->setNeedle1(angle);
+    elevation_dial->repaint();
+    panel_set_user_elevation(angle);
+}
+
+void MainWindow::BarometerMousePosition(void)
+{
+    barometer_dial->repaint();
+}
+
+void MainWindow::SourceAzimuthMousePressed(void)
+{
+}
+
+void MainWindow::SourceElevationMousePressed(void)
+{
+}

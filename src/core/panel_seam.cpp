@@ -1,0 +1,212 @@
+#include "core/panel_seam.h"
+
+#include "core/state.h"
+#include "widgets/compass.h"
+
+#include <QAbstractButton>
+#include <QLabel>
+#include <QStatusBar>
+#include <QWidget>
+#include <cstring>
+
+char panel_last_text[PANEL_COUNT][64];
+int panel_last_style[PANEL_COUNT];
+int panel_last_visible[PANEL_COUNT];
+int panel_last_enabled[PANEL_COUNT];
+char panel_last_status[128];
+int panel_dial_repaints[DIAL_COUNT];
+
+static QWidget *panel_widgets[PANEL_COUNT];
+static Compass *panel_dials[DIAL_COUNT];
+static QStatusBar *panel_status_bar;
+
+#define PANEL_GRADIENT(colour)                                                                                     \
+    "background-color: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 black, stop:0.9 " colour                     \
+    ", stop:1 white); color:white; border-radius:5px;"
+
+const char *panel_style_text(int style)
+{
+    static const char *const texts[STYLE_COUNT] = {
+        "",
+        PANEL_GRADIENT("gray"),
+        PANEL_GRADIENT("DarkRed"),
+        PANEL_GRADIENT("DarkGreen"),
+        "background-color: black; color:red; border-radius:5px;",
+        "background-color: black; color:green; border-radius:5px;",
+        "background-color: white; color:black;",
+        "background-color: green; color:white;",
+    };
+    return style >= 0 && style < STYLE_COUNT ? texts[style] : "";
+}
+
+static int panel_valid(int control)
+{
+    return control >= 0 && control < PANEL_COUNT;
+}
+
+static Compass *panel_dial(int dial)
+{
+    return dial >= 0 && dial < DIAL_COUNT ? panel_dials[dial] : nullptr;
+}
+
+void panel_text(int control, const char *text)
+{
+    if (!panel_valid(control))
+    {
+        return;
+    }
+    text_copy(panel_last_text[control], sizeof panel_last_text[control], text);
+    QWidget *w = panel_widgets[control];
+    if (QLabel *label = qobject_cast<QLabel *>(w))
+    {
+        label->setText(QString::fromUtf8(text ? text : ""));
+    }
+    else if (QAbstractButton *button = qobject_cast<QAbstractButton *>(w))
+    {
+        button->setText(QString::fromUtf8(text ? text : ""));
+    }
+}
+
+void panel_style(int control, int style)
+{
+    if (!panel_valid(control))
+    {
+        return;
+    }
+    // Setting an unchanged style sheet still re-polishes the widget; the drive
+    // restyles its buttons often, so only a change is passed on.
+    if (panel_last_style[control] == style && panel_widgets[control])
+    {
+        return;
+    }
+    panel_last_style[control] = style;
+    if (panel_widgets[control])
+    {
+        panel_widgets[control]->setStyleSheet(QString::fromLatin1(panel_style_text(style)));
+    }
+}
+
+void panel_visible(int control, int visible)
+{
+    if (!panel_valid(control))
+    {
+        return;
+    }
+    panel_last_visible[control] = visible != 0;
+    if (panel_widgets[control])
+    {
+        panel_widgets[control]->setVisible(visible != 0);
+    }
+}
+
+void panel_enabled(int control, int enabled)
+{
+    if (!panel_valid(control))
+    {
+        return;
+    }
+    panel_last_enabled[control] = enabled != 0;
+    if (panel_widgets[control])
+    {
+        panel_widgets[control]->setEnabled(enabled != 0);
+    }
+}
+
+void panel_status(const char *text, int timeout_ms)
+{
+    text_copy(panel_last_status, sizeof panel_last_status, text);
+    if (panel_status_bar)
+    {
+        panel_status_bar->showMessage(QString::fromUtf8(text ? text : ""), timeout_ms);
+    }
+}
+
+void panel_dial_needle(int dial, int needle, double value)
+{
+    if (Compass *c = panel_dial(dial))
+    {
+        if (needle == 1)
+        {
+            c->setNeedle1(value);
+        }
+        else
+        {
+            c->setNeedle2(value);
+        }
+    }
+}
+
+void panel_dial_value_text(int dial, const char *text)
+{
+    if (Compass *c = panel_dial(dial))
+    {
+        c->setValueText(text);
+    }
+}
+
+void panel_dial_source_text(int dial, const char *text)
+{
+    if (Compass *c = panel_dial(dial))
+    {
+        c->setSourceText(text);
+    }
+}
+
+void panel_dial_limits(int dial, double low, double high)
+{
+    if (Compass *c = panel_dial(dial))
+    {
+        c->setLimits(low, high);
+    }
+}
+
+void panel_dial_repaint(int dial)
+{
+    if (dial < 0 || dial >= DIAL_COUNT)
+    {
+        return;
+    }
+    panel_dial_repaints[dial]++;
+    if (Compass *c = panel_dials[dial])
+    {
+        c->repaint();
+    }
+}
+
+void panel_register(int control, QWidget *widget)
+{
+    if (panel_valid(control))
+    {
+        panel_widgets[control] = widget;
+    }
+}
+
+void panel_register_dial(int dial, Compass *compass)
+{
+    if (dial >= 0 && dial < DIAL_COUNT)
+    {
+        panel_dials[dial] = compass;
+    }
+}
+
+void panel_register_status(QStatusBar *bar)
+{
+    panel_status_bar = bar;
+}
+
+void panel_unregister_all(void)
+{
+    memset(panel_widgets, 0, sizeof panel_widgets);
+    memset(panel_dials, 0, sizeof panel_dials);
+    panel_status_bar = nullptr;
+}
+
+void panel_reset(void)
+{
+    memset(panel_last_text, 0, sizeof panel_last_text);
+    memset(panel_last_style, 0, sizeof panel_last_style);
+    memset(panel_last_visible, 0, sizeof panel_last_visible);
+    memset(panel_last_enabled, 0, sizeof panel_last_enabled);
+    memset(panel_last_status, 0, sizeof panel_last_status);
+    memset(panel_dial_repaints, 0, sizeof panel_dial_repaints);
+}

@@ -1,0 +1,75 @@
+// Compass: the round instrument of the panel. A dial with up to two needles,
+// an outer and an optional inner scale, a limit arc and three lines of text.
+// Everything that does not move is drawn once into a pixmap.
+#pragma once
+
+#include <QColor>
+#include <QPixmap>
+#include <QRect>
+#include <QWidget>
+
+// Dial degrees: angle a names the point (cx + d sin a, cy + d cos a), so 180
+// is the top, 270 the left, 360 the bottom and 90 the right.
+#define COMPASS_RADIANS 0.017453277777777776
+
+// Dial angle of a value on a scale whose maximum stands at start_angle and
+// whose minimum at end_angle (values grow clockwise).
+double compass_value_angle(double value, double start_angle, double end_angle, double scale_min, double scale_max);
+// The point at distance d from the centre at dial angle a.
+void compass_point(double cx, double cy, double d, double angle, double *x, double *y);
+// Touch arithmetic of the azimuth and elevation dials: the dial angle under
+// (x, y) turned into a source angle, before limits are applied.
+double compass_touch_azimuth(int x, int y, int cx, int cy);
+double compass_touch_elevation(int x, int y, int cx, int cy);
+// Tick and label counts of a scale with the given sweep and spacing.
+int compass_tick_count(double sweep, int step);
+
+class Compass : public QWidget
+{
+    Q_OBJECT
+
+  public:
+    Compass(const char *title, const char *value_text, const char *source_text, int needle_count,
+            const QColor &needle1_color, const QColor &needle2_color, QWidget *parent = nullptr);
+
+    void setNeedle1(double value);
+    void setNeedle2(double value);
+    void setOuterScale(double start, double end, double minimum, double maximum, int minor, int major);
+    void setInnerScale(double start, double end, double minimum, double maximum, int minor, int major);
+    void setLimits(double low, double high);
+    void setValueText(const char *text);
+    void setSourceText(const char *text);
+
+    int center_x, center_y;
+    int radius;
+    int mouse_x, mouse_y;
+    double limit_low, limit_high;
+    uint8_t background_ready;
+    QPixmap background;
+    char title[20];
+    char value_text[20];
+    char source_text[20];
+    int needle_count;
+    QColor needle1_color, needle2_color;
+    double needle1_value, needle2_value;
+    double start_angle, end_angle;
+    double scale_min, scale_max;
+    int minor_step, major_step;
+    double inner_start_angle, inner_end_angle;
+    double inner_min, inner_max;
+    int inner_minor_step, inner_major_step;
+    QRect paint_rect;
+
+  signals:
+    void MousePressed();
+    void MousePosition();
+
+  protected:
+    void paintEvent(QPaintEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+
+  private:
+    void drawBackground(void);
+    void drawNeedles(QPainter &painter);
+};

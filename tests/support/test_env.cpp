@@ -1,0 +1,48 @@
+#include "support/test_env.h"
+
+#include "bus/encoders.h"
+#include "core/clock.h"
+#include "core/panel_seam.h"
+#include "core/settings.h"
+#include "core/state.h"
+
+#include <QDir>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+const char *test_home(void)
+{
+    return getenv("HOME");
+}
+
+void test_clear_settings(void)
+{
+    QDir(QString::fromUtf8(settings_directory())).removeRecursively();
+}
+
+void test_reset_state(void)
+{
+    state_reset();
+    memset(encoders, 0, sizeof encoders);
+    panel_reset();
+    clock_reset();
+}
+
+std::string test_read_file(const std::string &path)
+{
+    std::string text;
+    FILE *f = fopen(path.c_str(), "rb");
+    if (!f)
+    {
+        return text;
+    }
+    char buffer[4096];
+    size_t n;
+    while ((n = fread(buffer, 1, sizeof buffer, f)) > 0)
+    {
+        text.append(buffer, n);
+    }
+    fclose(f);
+    return text;
+}

@@ -1,0 +1,146 @@
+// morvane-shot: render the station's window and dialogs to PNG files, with no
+// display, so anyone can look at the panel. Beside each picture goes a text
+// file of its named controls (name, x, y, width, height), for reviewing touch
+// targets on an 800x480 panel.
+//
+//   morvane-shot [--run SECONDS] [--home DIR] [DIR]
+//
+// --run lets the panel's own cycle run that long before the picture is taken;
+// --home uses that folder as the home directory (its settings are read and,
+// when the window closes, written); by default a fresh temporary one is used,
+// so the operator's own settings are never touched.
+#include "core/about_dialog.h"
+#include "core/mainwindow.h"
+#include "core/state.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QThread>
+#include <QWidget>
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <unistd.h>
+
+static int shot_controls(QWidget *top, const QString &path)
+{
+    FILE *f = fopen(path.toUtf8().constData(), "w");
+    if (!f)
+    {
+        return -1;
+    }
+    const QList<QWidget *> children = top->findChildren<QWidget *>();
+    for (QWidget *w : children)
+    {
+        QString name = w->objectName();
+        if (name.isEmpty() || name.startsWith("qt_") || !w->isVisibleTo(top))
+        {
+            continue;
+        }
+        QPoint at = w->mapTo(top, QPoint(0, 0));
+        fprintf(f, "%s %d %d %d %d\n", name.toUtf8().constData(), at.x(), at.y(), w->width(), w->height());
+    }
+    fclose(f);
+    return 0;
+}
+
+static void shot_settle(int ms)
+{
+    QElapsedTimer clock;
+    clock.start();
+    do
+    {
+        QApplication::processEvents(QEventLoop::AllEvents, 20);
+        QThread::msleep(5);
+    } while (clock.elapsed() < ms);
+}
+
+static int shot_write(QWidget *w, const QString &dir, const char *name)
+{
+    QString base = dir + "/" + name;
+    if (!w->grab().save(base + ".png"))
+    {
+        fprintf(stderr, "morvane-shot: cannot write %s.png\n", base.toUtf8().constData());
+        return 1;
+    }
+    shot_controls(w, base + ".txt");
+    printf("%s.png\n", base.toUtf8().constData());
+    return 0;
+}
+
+static int shot_dialog(QDialog *dialog, const QString &dir, const char *name)
+{
+    dialog->show();
+    shot_settle(100);
+    int status = shot_write(dialog, dir, name);
+    dialog->hide();
+    return status;
+}
+
+int main(int argc, char *argv[])
+{
+    int run_seconds = 0;
+    const char *home = nullptr;
+    const char *dir = ".";
+    for (int i = 1; i < argc; i++)
+    {
+        if (strcmp(argv[i], "--run") == 0 && i + 1 < argc)
+        {
+            run_seconds = atoi(argv[++i]);
+        }
+        else if (strcmp(argv[i], "--home") == 0 && i + 1 < argc)
+        {
+            home = argv[++i];
+        }
+        else if (argv[i][0] == '-')
+        {
+            fprintf(stderr, "usage: morvane-shot [--run SECONDS] [--home DIR] [DIR]\n");
+            return 2;
+        }
+        else
+        {
+            dir = argv[i];
+        }
+    }
+    char temp_home[] = "/tmp/morvane-shot-XXXXXX";
+    if (!home)
+    {
+        home = mkdtemp(temp_home);
+        if (!home)
+        {
+            perror("morvane-shot: mkdtemp");
+            return 1;
+        }
+    }
+    setenv("HOME", home, 1);
+    if (!getenv("QT_QPA_PLATFORM"))
+    {
+        setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    }
+    QApplication app(argc, argv);
+    setlocale(LC_NUMERIC, "C");
+    if (!QDir().mkpath(QString::fromUtf8(dir)))
+    {
+        fprintf(stderr, "morvane-shot: cannot make %s\n", dir);
+        return 1;
+    }
+    QString out = QDir(QString::fromUtf8(dir)).absolutePath();
+
+    int status = 0;
+    {
+        MainWindow window(0);
+        window.show();
+        shot_settle(run_seconds > 0 ? run_seconds * 1000 : 300);
+        status |= shot_write(&window, out, "panel");
+
+        AboutDialog about(&window);
+        status |= shot_dialog(&about, out, "about");
+    }
+    if (home == temp_home)
+    {
+        QDir(QString::fromUtf8(temp_home)).removeRecursively();
+    }
+    return status;
+}
