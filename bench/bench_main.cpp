@@ -1,8 +1,9 @@
 // The benchmarks share one QApplication on the offscreen platform and a
 // private HOME, like the tests.
+#include "core/app.h"
+
 #include <QApplication>
 #include <benchmark/benchmark.h>
-#include <clocale>
 #include <cstdlib>
 
 int main(int argc, char **argv)
@@ -17,7 +18,7 @@ int main(int argc, char **argv)
         setenv("QT_QPA_PLATFORM", "offscreen", 1);
     }
     QApplication app(argc, argv);
-    setlocale(LC_NUMERIC, "C");
+    app_init_locale();
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

@@ -13,12 +13,13 @@
 #include "core/mainwindow.h"
 #include "core/state.h"
 
+#include "core/app.h"
+
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QThread>
 #include <QWidget>
-#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -120,7 +121,7 @@ int main(int argc, char *argv[])
         setenv("QT_QPA_PLATFORM", "offscreen", 1);
     }
     QApplication app(argc, argv);
-    setlocale(LC_NUMERIC, "C");
+    app_init_locale();
     if (!QDir().mkpath(QString::fromUtf8(dir)))
     {
         fprintf(stderr, "morvane-shot: cannot make %s\n", dir);

@@ -32,14 +32,16 @@ void cycle_guard_timers(void)
 
 int cycle_display_mask(int refresh, int source, int last_source, int seconds)
 {
+    // The bits are added as flags: a first tick at second 0 stays 15, with the
+    // Moon's distance and phase still in it.
     int mask = refresh || source != last_source ? 15 : 1;
     if (seconds == 0)
     {
-        mask += 10;
+        mask |= 10;
     }
     if (source == SOURCE_MOON)
     {
-        mask += 2;
+        mask |= 2;
     }
     return mask;
 }

@@ -64,7 +64,7 @@ uint32_t cycle_tick(const CycleActions *actions, const CycleConditions *conditio
 void cycle_guard_timers(void);
 
 // The source mask of a display tick: 1, or 15 on the first tick or after a
-// change of source; plus 10 at second 0; plus 2 for the Moon.
+// change of source; with 10 at second 0 and 2 for the Moon.
 int cycle_display_mask(int refresh, int source, int last_source, int seconds);
 
 // The dial pages for a slider position.

@@ -195,8 +195,12 @@ void MainWindow::createDials(void)
 
     Compass *const dials[DIAL_COUNT] = {azimuth_dial,        elevation_dial,   wind_speed_dial, wind_direction_dial,
                                         temperature_dial,    barometer_dial,   altimeter_dial};
+    static const char *const names[DIAL_COUNT] = {"AzimuthDial",     "ElevationDial", "WindSpeedDial",
+                                                  "WindDirectionDial", "TemperatureDial", "BarometerDial",
+                                                  "AltimeterDial"};
     for (int i = 0; i < DIAL_COUNT; i++)
     {
+        dials[i]->setObjectName(names[i]);
         panel_register_dial(i, dials[i]);
     }
 

@@ -1,8 +1,9 @@
 // The main of every test program: a private HOME made before anything reads
 // it, removed at the end, so no test touches the operator's settings.
+#include "core/app.h"
+
 #include <QApplication>
 #include <QDir>
-#include <clocale>
 #include <cstdlib>
 #include <gtest/gtest.h>
 
@@ -23,7 +24,7 @@ int main(int argc, char **argv)
     int status;
     {
         QApplication app(argc, argv);
-        setlocale(LC_NUMERIC, "C");
+        app_init_locale();
         status = RUN_ALL_TESTS();
     }
     QDir(QString::fromUtf8(home)).removeRecursively();

@@ -1,11 +1,17 @@
-#include "core/app_signals.h"
+#include "core/app.h"
 
 #include <QSocketNotifier>
 #include <QWidget>
+#include <clocale>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
+
+void app_init_locale(void)
+{
+    setlocale(LC_NUMERIC, "C");
+}
 
 // A signal handler may do almost nothing; it writes one byte, and the event
 // loop, which watches the other end, closes the window in its own time.
