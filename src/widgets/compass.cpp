@@ -165,10 +165,15 @@ int compass_limit_arc(const CompassScale *scale, double low, double high, int *s
     double sweep = scale->end_angle - scale->start_angle;
     double k = sweep / (scale->maximum - scale->minimum);
     // The arc runs from the high limit counter-clockwise down to the low
-    // one; a pair given the other way round gives a negative span, which
-    // sweeps the other way, as a range through north needs.
+    // one; a pair given the other way round gives a negative span, which the
+    // painter sweeps clockwise from the same start.
     double start = (scale->start_angle - (high - scale->minimum) * k) + sweep;
     double span = ((high - scale->minimum) - (low - scale->minimum)) * k;
+    // A scale without a range has no place for either limit.
+    if (!std::isfinite(start) || !std::isfinite(span))
+    {
+        return -1;
+    }
     compass_arc(start, span, start16, span16);
     return 0;
 }
@@ -409,7 +414,7 @@ void Compass::drawScales(QPainter &painter)
     {
         return;
     }
-    const CompassScale inner = {inner_start_angle, inner_end_angle, inner_min,
+    const CompassScale inner = {inner_start_angle, inner_end_angle,  inner_min,
                                 inner_max,         inner_minor_step, inner_major_step};
     compass_arc(inner_start_angle, inner_end_angle - inner_start_angle, &start16, &span16);
     painter.setPen(compass_pen(Qt::blue, 2));
@@ -433,7 +438,6 @@ void Compass::drawNeedles(QPainter &painter)
     {
         compass_draw_needle(painter, *this, needle2_value, needle2_color);
     }
-    painter.setPen(compass_pen(Qt::black, 1));
     painter.setBrush(QBrush(Qt::white, Qt::SolidPattern));
     painter.drawEllipse(QPointF(center_x, center_y), 10, 10);
 }
