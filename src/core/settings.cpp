@@ -32,7 +32,6 @@ void settings_instance_names(int instance, char *file_name, int file_size, char 
     snprintf(title, (size_t)title_size, "%s (%d)", window_title, instance);
 }
 
-
 // The record holds an index, the file the word or number an operator knows.
 static const int baud_rates[] = {1200, 2400, 4800, 9600, 14400, 19200, 38400, 57600};
 static const char *const parity_words[] = {"None", "Odd", "Even", "Mark", "Space"};

@@ -10,7 +10,7 @@
 
 class Ini : public ::testing::Test
 {
-protected:
+  protected:
     std::string folder;
 
     void SetUp() override
@@ -91,9 +91,19 @@ TEST_F(Ini, SemicolonEndsAnUnquotedValueOnly)
 
 TEST_F(Ini, AwkwardTextsComeBackExactly)
 {
-    const std::vector<std::string> texts = {
-        "",       "  leading and trailing  ", "a;b", "say \"hi\"", "back\\slash", "#hash", "a=b=c", "x, y, z",
-        "tab\tin", "line\nbreak", "\"",       ";",   "\\"};
+    const std::vector<std::string> texts = {"",
+                                            "  leading and trailing  ",
+                                            "a;b",
+                                            "say \"hi\"",
+                                            "back\\slash",
+                                            "#hash",
+                                            "a=b=c",
+                                            "x, y, z",
+                                            "tab\tin",
+                                            "line\nbreak",
+                                            "\"",
+                                            ";",
+                                            "\\"};
     IniFile ini;
     for (size_t i = 0; i < texts.size(); i++)
     {
