@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QString>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <unistd.h>
 
@@ -119,10 +120,21 @@ int ini_read(const char *path, IniFile *ini)
         return 0;
     }
     IniSection *current = nullptr;
-    char line[4096];
-    while (fgets(line, sizeof line, f))
+    char *line = nullptr;
+    size_t capacity = 0;
+    bool first = true;
+    // A line has no length limit: a fixed buffer would cut a long one in two
+    // and read its tail as a line of its own.
+    while (getline(&line, &capacity, f) >= 0)
     {
         std::string text = ini_trim(line);
+        // Editors on the other desktop start a UTF-8 file with a byte order
+        // mark, which would hide the first section's header.
+        if (first && text.compare(0, 3, "\xEF\xBB\xBF") == 0)
+        {
+            text = ini_trim(text.substr(3));
+        }
+        first = false;
         if (text.empty() || text[0] == ';' || text[0] == '#')
         {
             continue;
@@ -149,6 +161,7 @@ int ini_read(const char *path, IniFile *ini)
         ini_set(ini, current->name.c_str(), key.c_str(), value.c_str());
         current = ini_find_section(ini, current->name.c_str());
     }
+    free(line);
     fclose(f);
     return 0;
 }
@@ -161,7 +174,11 @@ int ini_write(const char *path, const IniFile *ini)
         return -1;
     }
     char temp[1024];
-    snprintf(temp, sizeof temp, "%s.new", path);
+    // A cut name would be renamed over some other file.
+    if (snprintf(temp, sizeof temp, "%s.new", path) >= (int)sizeof temp)
+    {
+        return -1;
+    }
     FILE *f = fopen(temp, "w");
     if (!f)
     {

@@ -20,9 +20,15 @@ int LoadSettings(const char *file_name, SystemSettings *record);
 int SaveSettings(const char *file_name, SystemSettings *record);
 
 // The mapped keys: index to the text or number the file holds, and back.
-// Reading anything unknown gives the key's fall-back index.
+// Reading anything unknown gives the key's fall-back index; an index out of
+// range gives what a save resets it to: 9600 baud, 8 data bits, 1 stop bit,
+// no parity, no flow control.
 int settings_baud_index(int baud);
 int settings_baud_rate(int index);
+int settings_data_bits_index(int bits);
+int settings_data_bits(int index);
+int settings_stop_bits_index(double bits);
+const char *settings_stop_bits_text(int index);
 int settings_parity_index(const char *text);
 const char *settings_parity_text(int index);
 int settings_flow_index(const char *text);

@@ -1,0 +1,230 @@
+#include "core/ini_file.h"
+
+#include "support/test_env.h"
+
+#include <QDir>
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+class Ini : public ::testing::Test
+{
+  protected:
+    std::string folder;
+
+    void SetUp() override
+    {
+        test_reset_state();
+        folder = std::string(test_home()) + "/ini-test";
+        QDir(QString::fromStdString(folder)).removeRecursively();
+        QDir().mkpath(QString::fromStdString(folder));
+    }
+
+    std::string path(const char *name) const
+    {
+        return folder + "/" + name;
+    }
+
+    // Write raw bytes, as an editor would leave them.
+    void put(const char *name, const std::string &text) const
+    {
+        FILE *f = fopen(path(name).c_str(), "wb");
+        ASSERT_NE(f, nullptr);
+        fwrite(text.data(), 1, text.size(), f);
+        fclose(f);
+    }
+
+    IniFile read(const char *name) const
+    {
+        IniFile ini;
+        ini_read(path(name).c_str(), &ini);
+        return ini;
+    }
+};
+
+static std::vector<std::string> key_names(const IniFile &ini, const char *section)
+{
+    std::vector<std::string> names;
+    for (const IniSection &s : ini.sections)
+    {
+        if (s.name == section)
+        {
+            for (const auto &kv : s.keys)
+            {
+                names.push_back(kv.first);
+            }
+        }
+    }
+    return names;
+}
+
+static std::vector<std::string> section_names(const IniFile &ini)
+{
+    std::vector<std::string> names;
+    for (const IniSection &s : ini.sections)
+    {
+        names.push_back(s.name);
+    }
+    return names;
+}
+
+TEST_F(Ini, CommentsBlankLinesAndStrayKeysAreSkipped)
+{
+    put("a.ini", "orphan=1\n; a comment\n# another\n\n[A]\n  ; indented comment\nx = 1\nnot a key\n[B]\ny=2\n");
+    IniFile ini = read("a.ini");
+    EXPECT_EQ(section_names(ini), (std::vector<std::string>{"A", "B"}));
+    EXPECT_EQ(key_names(ini, "A"), (std::vector<std::string>{"x"}));
+    EXPECT_STREQ(ini_value(&ini, "A", "x", "?"), "1");
+    EXPECT_STREQ(ini_value(&ini, "B", "y", "?"), "2");
+}
+
+TEST_F(Ini, SemicolonEndsAnUnquotedValueOnly)
+{
+    put("a.ini", "[A]\nplain=Home ; my place\nquoted=\"a;b = c\" ; trailing\nequals=a=b\nopen=\"no end\n");
+    IniFile ini = read("a.ini");
+    EXPECT_STREQ(ini_value(&ini, "A", "plain", "?"), "Home");
+    EXPECT_STREQ(ini_value(&ini, "A", "quoted", "?"), "a;b = c");
+    EXPECT_STREQ(ini_value(&ini, "A", "equals", "?"), "a=b");
+    EXPECT_STREQ(ini_value(&ini, "A", "open", "?"), "no end");
+}
+
+TEST_F(Ini, AwkwardTextsComeBackExactly)
+{
+    const std::vector<std::string> texts = {"",
+                                            "  leading and trailing  ",
+                                            "a;b",
+                                            "say \"hi\"",
+                                            "back\\slash",
+                                            "#hash",
+                                            "a=b=c",
+                                            "x, y, z",
+                                            "tab\tin",
+                                            "line\nbreak",
+                                            "\"",
+                                            ";",
+                                            "\\"};
+    IniFile ini;
+    for (size_t i = 0; i < texts.size(); i++)
+    {
+        ini_set(&ini, "T", ("k" + std::to_string(i)).c_str(), texts[i].c_str());
+    }
+    ini_set_int(&ini, "T", "plain", 4533);
+    ASSERT_EQ(ini_write(path("t.ini").c_str(), &ini), 0);
+    IniFile back = read("t.ini");
+    for (size_t i = 0; i < texts.size(); i++)
+    {
+        EXPECT_EQ(ini_value(&back, "T", ("k" + std::to_string(i)).c_str(), "?"), texts[i]) << "text " << i;
+    }
+    // Plain values stay unquoted, so the file reads well in an editor.
+    EXPECT_NE(test_read_file(path("t.ini")).find("\nplain=4533\n"), std::string::npos);
+}
+
+TEST_F(Ini, CrlfLinesByteOrderMarkAndLongLines)
+{
+    std::string long_value(10000, 'x');
+    put("a.ini", "\xEF\xBB\xBF[A]\r\nx=1\r\nq=\"two words\"\r\n[B]\r\nlong=" + long_value + "\r\nafter=2\r\n");
+    IniFile ini = read("a.ini");
+    EXPECT_EQ(section_names(ini), (std::vector<std::string>{"A", "B"}));
+    EXPECT_STREQ(ini_value(&ini, "A", "x", "?"), "1");
+    EXPECT_STREQ(ini_value(&ini, "A", "q", "?"), "two words");
+    EXPECT_EQ(ini_value(&ini, "B", "long", "?"), long_value);
+    EXPECT_EQ(key_names(ini, "B"), (std::vector<std::string>{"long", "after"}));
+}
+
+TEST_F(Ini, KeysKeepTheirPlaceAndNewOnesGoLast)
+{
+    put("a.ini", "[S]\nb=1\na=2\n[T]\nz=0\n[S]\nc=3\nb=4\n");
+    IniFile ini = read("a.ini");
+    // A repeated section merges into the first, a repeated key keeps the last value.
+    EXPECT_EQ(key_names(ini, "S"), (std::vector<std::string>{"b", "a", "c"}));
+    EXPECT_STREQ(ini_value(&ini, "S", "b", "?"), "4");
+    ini_set(&ini, "S", "a", "changed");
+    ini_set(&ini, "S", "d", "new");
+    ini_set(&ini, "U", "u", "new section");
+    EXPECT_EQ(key_names(ini, "S"), (std::vector<std::string>{"b", "a", "c", "d"}));
+    EXPECT_EQ(section_names(ini), (std::vector<std::string>{"S", "T", "U"}));
+    EXPECT_STREQ(ini_value(&ini, "S", "a", "?"), "changed");
+}
+
+TEST_F(Ini, OrderPutsNamedSectionsFirstAndKeepsTheRest)
+{
+    IniFile ini;
+    for (const char *name : {"X", "B", "Y", "A", "Z"})
+    {
+        ini_set(&ini, name, "k", name);
+    }
+    const char *const order[] = {"A", "B", "Missing"};
+    ini_order(&ini, order, 3);
+    EXPECT_EQ(section_names(ini), (std::vector<std::string>{"A", "B", "X", "Y", "Z"}));
+    EXPECT_STREQ(ini_value(&ini, "A", "k", "?"), "A");
+}
+
+TEST_F(Ini, WriteMakesMissingFolders)
+{
+    IniFile ini;
+    ini_set(&ini, "A", "x", "1");
+    std::string deep = folder + "/one/two/three.ini";
+    ASSERT_EQ(ini_write(deep.c_str(), &ini), 0);
+    IniFile back;
+    ini_read(deep.c_str(), &back);
+    EXPECT_STREQ(ini_value(&back, "A", "x", "?"), "1");
+}
+
+TEST_F(Ini, WriteThatCannotHappenFailsAndKeepsTheOldFile)
+{
+    put("keep.ini", "[A]\nx=old\n");
+    IniFile ini;
+    ini_set(&ini, "A", "x", "new");
+    // The side file is a folder, so the new text has nowhere to go.
+    QDir().mkpath(QString::fromStdString(path("keep.ini.new")));
+    EXPECT_EQ(ini_write(path("keep.ini").c_str(), &ini), -1);
+    EXPECT_EQ(test_read_file(path("keep.ini")), "[A]\nx=old\n");
+    // A folder that cannot be made because a file stands in its place.
+    put("blocker", "");
+    EXPECT_EQ(ini_write(path("blocker/sub.ini").c_str(), &ini), -1);
+}
+
+TEST_F(Ini, MissingFileAndKeyGiveTheFallback)
+{
+    IniFile ini = read("absent.ini");
+    EXPECT_TRUE(ini.sections.empty());
+    EXPECT_STREQ(ini_value(&ini, "A", "x", "dflt"), "dflt");
+    EXPECT_STREQ(ini_value(&ini, "A", "x", nullptr), "");
+    EXPECT_EQ(ini_int(&ini, "A", "x", "-1"), -1);
+    EXPECT_DOUBLE_EQ(ini_double(&ini, "A", "x", "1296.0"), 1296.0);
+    EXPECT_EQ(ini_bool(&ini, "A", "x", "false"), 0);
+    char field[4];
+    ini_text(&ini, "A", "x", "abcdef", field, sizeof field);
+    EXPECT_STREQ(field, "abc");
+}
+
+TEST(IniConversion, NumbersThatDoNotConvertReadAsZero)
+{
+    EXPECT_EQ(ini_to_int(" 42 "), 42);
+    EXPECT_EQ(ini_to_int("-1"), -1);
+    EXPECT_EQ(ini_to_int("7x"), 0);
+    EXPECT_EQ(ini_to_int("1.5"), 0);
+    EXPECT_EQ(ini_to_int(""), 0);
+    EXPECT_DOUBLE_EQ(ini_to_double("180.00"), 180.0);
+    EXPECT_DOUBLE_EQ(ini_to_double("abc"), 0.0);
+    EXPECT_DOUBLE_EQ(ini_to_double(""), 0.0);
+    for (const char *falsy : {"", "0", "false", "FALSE", " false "})
+    {
+        EXPECT_EQ(ini_to_bool(falsy), 0) << falsy;
+    }
+    for (const char *truthy : {"1", "true", "yes", "2"})
+    {
+        EXPECT_EQ(ini_to_bool(truthy), 1) << truthy;
+    }
+}
+
+TEST(IniConversion, DoublesReadBackBitForBit)
+{
+    for (double v : {0.1 + 0.2, 1e-17, -123.456789012345678, 1.0 / 3.0, 6.02214076e23, 1296.0, -0.5})
+    {
+        std::string text = ini_from_double(v);
+        EXPECT_EQ(ini_to_double(text.c_str()), v) << text;
+    }
+    EXPECT_EQ(ini_from_double(1296.0), "1296");
+}
