@@ -74,13 +74,16 @@ void SourcesDialog::buildTable(void)
 {
     static const char *const headers[SOURCES_COLUMNS] = {"Source",   "Azimuth", "Elevation", "RA",      "Declination",
                                                          "Distance", "Phase",   "Rise Time", "Set Time"};
+    // All nine columns fit the width of the panel without scrolling sideways.
+    static const int widths[SOURCES_COLUMNS] = {100, 70, 70, 60, 82, 80, 48, 90, 90};
     QTableWidget *table = ui->tableWidget;
     table->setRowCount(SOURCE_COUNT);
     table->setColumnCount(SOURCES_COLUMNS);
     QStringList labels;
-    for (const char *header : headers)
+    for (int column = 0; column < SOURCES_COLUMNS; column++)
     {
-        labels << QString::fromLatin1(header);
+        labels << QString::fromLatin1(headers[column]);
+        table->setColumnWidth(column, widths[column]);
     }
     table->setHorizontalHeaderLabels(labels);
     QStringList rows;

@@ -3,12 +3,15 @@
 #include "astro/source.h"
 #include "astro_test_time.h"
 #include "core/clock.h"
+#include "core/mainwindow.h"
+#include "core/panel_seam.h"
 #include "core/state.h"
 #include "support/test_env.h"
 #include "widgets/keypad.h"
 
-#include <QHeaderView>
+#include <QApplication>
 #include <QTableWidget>
+#include <QTimer>
 #include <cstring>
 #include <gtest/gtest.h>
 
@@ -260,4 +263,40 @@ TEST_F(SourcesTable, KeypadCopiesBackAtMostTheLimit)
     text_copy(text, sizeof text, "7.5");
     EXPECT_EQ(EnterNumber(text, 16), 0);
     EXPECT_STREQ(text, "7.5");
+}
+
+// The panel's source button runs the table; whatever its end, the remote
+// display is told the source changed and the panel shows the selection.
+TEST_F(SourcesTable, SourceButtonRunsTheTableAndShowsTheSelection)
+{
+    MainWindow window(0);
+    window.timer->stop();
+    for (int accept : {1, 0})
+    {
+        source_changed = 0;
+        int row = accept ? 5 : 7;
+        QTimer::singleShot(0, [row, accept]() {
+            auto *dialog = qobject_cast<SourcesDialog *>(QApplication::activeModalWidget());
+            if (!dialog)
+            {
+                return;
+            }
+            dialog->SourceChanged(dialog->findChild<QTableWidget *>("tableWidget")->item(row, 0));
+            accept ? dialog->accept() : dialog->reject();
+        });
+        // Should the dialog never show, nothing may hang.
+        QTimer guard;
+        guard.setSingleShot(true);
+        QObject::connect(&guard, &QTimer::timeout, []() {
+            if (QApplication::activeModalWidget())
+            {
+                QApplication::activeModalWidget()->close();
+            }
+        });
+        guard.start(5000);
+        window.SourceButtonPressed();
+        EXPECT_EQ(settings.TrackingSource, row);
+        EXPECT_EQ(source_changed, 1);
+        EXPECT_EQ(std::string(panel_last_text[PANEL_SOURCE]), accept ? "VENUS" : "JUPITER");
+    }
 }
