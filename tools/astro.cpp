@@ -177,7 +177,7 @@ static int astro_parse_options(int argc, char **argv, AstroOptions *o)
         {
             const char *what = strcmp(arg, "--source") == 0 ? " (a source is 0..26)"
                                : strcmp(arg, "--mask") == 0 ? " (a mask is 0..31)"
-                                                             : "";
+                                                            : "";
             fprintf(stderr, "morvane-astro: bad value for %s: \"%s\"%s\n", arg, value, what);
             return ASTRO_BAD_INPUT;
         }
@@ -189,8 +189,8 @@ static void astro_date_text(double jd, char *text, int size)
 {
     struct ln_date date;
     ln_get_date(jd, &date);
-    snprintf(text, size, "%04d-%02d-%02d %02d:%02d:%02d", date.years, date.months, date.days, date.hours,
-             date.minutes, (int)date.seconds);
+    snprintf(text, size, "%04d-%02d-%02d %02d:%02d:%02d", date.years, date.months, date.days, date.hours, date.minutes,
+             (int)date.seconds);
 }
 
 static void astro_print_table(const AstroOptions *o, const struct tm *tm, const SourceRecord *r)
@@ -225,7 +225,8 @@ static void astro_print_table(const AstroOptions *o, const struct tm *tm, const 
     printf("Sub-point        %.3f %.3f\n", r->sub_lat, r->sub_lng);
     printf("Rise             %s UTC\n", rise);
     printf("Transit          %s UTC\n", transit);
-    printf("Set              %s UTC%s\n", set, r->rst_status ? (r->rst_status > 0 ? " (circumpolar)" : " (never rises)") : "");
+    printf("Set              %s UTC%s\n", set,
+           r->rst_status ? (r->rst_status > 0 ? " (circumpolar)" : " (never rises)") : "");
 }
 
 static int astro_table(const AstroOptions *o)
@@ -264,7 +265,7 @@ static const char csv_header[] = "computed,above_horizon,az_tracking_enable,el_t
 
 static void astro_print_csv_row(const SourceRecord *r)
 {
-    const double figures[] = {r->az,          r->el,       r->doppler_hz, r->sky_temp, r->spatial_offset,
+    const double figures[] = {r->az,          r->el,        r->doppler_hz, r->sky_temp, r->spatial_offset,
                               r->degradation, r->path_loss, r->hour_angle, r->ra,       r->dec,
                               r->distance,    r->phase,     r->sub_lat,    r->sub_lng,  r->rise,
                               r->set,         r->transit};

@@ -48,16 +48,15 @@ static void moon_ecliptic(double d, MoonEcliptic *out)
     double F = fmod(Lm - N + 360.0, 360.0);
 
     out->lon = fmod(atan2(ye, xe) * RAD + 720.0, 360.0) - 1.274 * sind(M - 2 * D) + 0.658 * sind(2 * D) -
-               0.186 * sind(Ms) - 0.059 * sind(2 * M - 2 * D) - 0.057 * sind(M - 2 * D + Ms) +
-               0.053 * sind(M + 2 * D) + 0.046 * sind(2 * D - Ms) + 0.041 * sind(M - Ms) - 0.035 * sind(D) -
-               0.031 * sind(M + Ms) - 0.015 * sind(2 * F - 2 * D) + 0.011 * sind(M - 4 * D);
+               0.186 * sind(Ms) - 0.059 * sind(2 * M - 2 * D) - 0.057 * sind(M - 2 * D + Ms) + 0.053 * sind(M + 2 * D) +
+               0.046 * sind(2 * D - Ms) + 0.041 * sind(M - Ms) - 0.035 * sind(D) - 0.031 * sind(M + Ms) -
+               0.015 * sind(2 * F - 2 * D) + 0.011 * sind(M - 4 * D);
     out->lat = atan2(ze, sqrt(xe * xe + ye * ye)) * RAD - 0.173 * sind(F - 2 * D) - 0.055 * sind(M - F - 2 * D) -
                0.046 * sind(M + F - 2 * D) + 0.033 * sind(F + 2 * D) + 0.017 * sind(2 * M + F);
     // The distance comes from its own series, not from the r of the orbit.
-    out->r = 60.36298 - 3.27746 * cosd(M) - 0.57994 * cosd(M - 2 * D) - 0.46357 * cosd(2 * D) -
-             0.08904 * cosd(2 * M) + 0.03865 * cosd(2 * M - 2 * D) - 0.03237 * cosd(2 * D - Ms) -
-             0.02688 * cosd(M + 2 * D) - 0.02358 * cosd(M - 2 * D + Ms) - 0.0203 * cosd(M - Ms) +
-             0.01719 * cosd(D) + 0.01671 * cosd(M + Ms);
+    out->r = 60.36298 - 3.27746 * cosd(M) - 0.57994 * cosd(M - 2 * D) - 0.46357 * cosd(2 * D) - 0.08904 * cosd(2 * M) +
+             0.03865 * cosd(2 * M - 2 * D) - 0.03237 * cosd(2 * D - Ms) - 0.02688 * cosd(M + 2 * D) -
+             0.02358 * cosd(M - 2 * D + Ms) - 0.0203 * cosd(M - Ms) + 0.01719 * cosd(D) + 0.01671 * cosd(M + Ms);
     out->ls = Ls;
 }
 
@@ -199,10 +198,10 @@ void moon_calculate(const struct tm *utc, double latitude, double longitude, dou
     record->sky_temp = 0.0;
     // The angle between the local verticals' planes through the Moon, which
     // turns a linear polarisation on its way out and back.
-    record->spatial_offset = atan2(sind(record->az) * cosd(latitude),
-                                   cosd(record->el) * sind(latitude) -
-                                       cosd(record->az) * cosd(latitude) * sind(record->el)) *
-                             RAD;
+    record->spatial_offset =
+        atan2(sind(record->az) * cosd(latitude),
+              cosd(record->el) * sind(latitude) - cosd(record->az) * cosd(latitude) * sind(record->el)) *
+        RAD;
     if (record->el >= 0.0)
     {
         record->above_horizon = 1;

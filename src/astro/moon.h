@@ -10,15 +10,15 @@
 
 struct MoonPosition
 {
-    double ra;        // geocentric right ascension, degrees 0..360
-    double dec;       // geocentric declination, degrees
-    double top_ra;    // topocentric right ascension, degrees
-    double top_dec;   // topocentric declination, degrees
-    double sidereal;  // local sidereal time, hours 0..24
+    double ra;         // geocentric right ascension, degrees 0..360
+    double dec;        // geocentric declination, degrees
+    double top_ra;     // topocentric right ascension, degrees
+    double top_dec;    // topocentric declination, degrees
+    double sidereal;   // local sidereal time, hours 0..24
     double hour_angle; // local hour angle of the topocentric position, degrees -180..180
-    double az;        // degrees from north through east, 0..360
-    double el;        // degrees, geometric (no refraction)
-    double distance;  // geocentric, km
+    double az;         // degrees from north through east, 0..360
+    double el;         // degrees, geometric (no refraction)
+    double distance;   // geocentric, km
 };
 
 // The Moon seen from a station at (latitude, longitude), degrees north and

@@ -234,8 +234,8 @@ static void source_branch(int index, SourceCall *c, SourceRecord &record)
     }
 }
 
-void source_calculate(int index, int mask, const struct tm *utc, double latitude, double longitude,
-                      double frequency, SourceRecord &record)
+void source_calculate(int index, int mask, const struct tm *utc, double latitude, double longitude, double frequency,
+                      SourceRecord &record)
 {
     SourceCall c;
     c.utc = utc;

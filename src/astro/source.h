@@ -21,8 +21,8 @@ enum SourceMask
 // at latitude, longitude (degrees, north and east), frequency in MHz. An index
 // outside 0..26 only marks the record computed. Only the fields the mask and
 // the source's class name are touched.
-void source_calculate(int index, int mask, const struct tm *utc, double latitude, double longitude,
-                      double frequency, SourceRecord &record);
+void source_calculate(int index, int mask, const struct tm *utc, double latitude, double longitude, double frequency,
+                      SourceRecord &record);
 
 // The place on Earth that has (ra_hours, dec in degrees) at its zenith at utc.
 // This is the map's one rule: it lies 1.48 degrees west of the geometric

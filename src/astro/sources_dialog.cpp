@@ -136,8 +136,7 @@ void SourcesDialog::Recalculate(void)
     for (int row = 0; row < SOURCE_COUNT; row++)
     {
         SourceRecord &record = source_table[row];
-        source_calculate(row, SOURCE_MASK_ALL, &tm, settings.Latitude, settings.Longitude, settings.Frequency,
-                         record);
+        source_calculate(row, SOURCE_MASK_ALL, &tm, settings.Latitude, settings.Longitude, settings.Frequency, record);
         char texts[8][32];
         sources_row_texts(&record, texts);
         QColor background = record.el > 0.0 ? QColor(172, 255, 172) : QColor(190, 190, 190);

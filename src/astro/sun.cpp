@@ -34,10 +34,10 @@ void sun_position(double d, double ut_hours, double latitude, double longitude, 
 
     position->ra = ra;
     position->dec = dec;
-    position->az = fmod(atan2(cosd(dec) * sind(H), sind(latitude) * cosd(dec) * cosd(H) - cosd(latitude) * sind(dec)) *
-                            RAD +
-                        180.0 + 360.0,
-                        360.0);
+    position->az =
+        fmod(atan2(cosd(dec) * sind(H), sind(latitude) * cosd(dec) * cosd(H) - cosd(latitude) * sind(dec)) * RAD +
+                 180.0 + 360.0,
+             360.0);
     position->el = asin(cosd(latitude) * cosd(dec) * cosd(H) + sind(latitude) * sind(dec)) * RAD;
 }
 

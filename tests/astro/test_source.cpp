@@ -27,9 +27,9 @@ class Source : public testing::Test
     {
         SourceRecord r;
         memset(&r, 0, sizeof r);
-        double *figures[] = {&r.az,        &r.el,  &r.doppler_hz, &r.sky_temp, &r.spatial_offset, &r.degradation,
-                             &r.path_loss, &r.hour_angle, &r.ra, &r.dec,   &r.distance,       &r.phase,
-                             &r.sub_lat,   &r.sub_lng,    &r.rise, &r.set, &r.transit};
+        double *figures[] = {&r.az,        &r.el,         &r.doppler_hz, &r.sky_temp, &r.spatial_offset, &r.degradation,
+                             &r.path_loss, &r.hour_angle, &r.ra,         &r.dec,      &r.distance,       &r.phase,
+                             &r.sub_lat,   &r.sub_lng,    &r.rise,       &r.set,      &r.transit};
         for (double *f : figures)
         {
             *f = sentinel;
@@ -62,12 +62,12 @@ void expect_same(const SourceRecord &a, const SourceRecord &b)
 {
     EXPECT_EQ(a.above_horizon, b.above_horizon);
     EXPECT_EQ(a.rst_status, b.rst_status);
-    const double fa[] = {a.az, a.el, a.doppler_hz, a.sky_temp, a.spatial_offset, a.degradation, a.path_loss,
-                         a.hour_angle, a.ra, a.dec, a.distance, a.phase, a.sub_lat, a.sub_lng, a.rise, a.set,
-                         a.transit};
-    const double fb[] = {b.az, b.el, b.doppler_hz, b.sky_temp, b.spatial_offset, b.degradation, b.path_loss,
-                         b.hour_angle, b.ra, b.dec, b.distance, b.phase, b.sub_lat, b.sub_lng, b.rise, b.set,
-                         b.transit};
+    const double fa[] = {a.az,        a.el,         a.doppler_hz, a.sky_temp, a.spatial_offset, a.degradation,
+                         a.path_loss, a.hour_angle, a.ra,         a.dec,      a.distance,       a.phase,
+                         a.sub_lat,   a.sub_lng,    a.rise,       a.set,      a.transit};
+    const double fb[] = {b.az,        b.el,         b.doppler_hz, b.sky_temp, b.spatial_offset, b.degradation,
+                         b.path_loss, b.hour_angle, b.ra,         b.dec,      b.distance,       b.phase,
+                         b.sub_lat,   b.sub_lng,    b.rise,       b.set,      b.transit};
     for (size_t i = 0; i < sizeof fa / sizeof fa[0]; i++)
     {
         EXPECT_EQ(memcmp(&fa[i], &fb[i], sizeof fa[i]), 0) << "figure " << i;

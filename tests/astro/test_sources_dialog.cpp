@@ -275,24 +275,28 @@ TEST_F(SourcesTable, SourceButtonRunsTheTableAndShowsTheSelection)
     {
         source_changed = 0;
         int row = accept ? 5 : 7;
-        QTimer::singleShot(0, [row, accept]() {
-            auto *dialog = qobject_cast<SourcesDialog *>(QApplication::activeModalWidget());
-            if (!dialog)
-            {
-                return;
-            }
-            dialog->SourceChanged(dialog->findChild<QTableWidget *>("tableWidget")->item(row, 0));
-            accept ? dialog->accept() : dialog->reject();
-        });
+        QTimer::singleShot(0,
+                           [row, accept]()
+                           {
+                               auto *dialog = qobject_cast<SourcesDialog *>(QApplication::activeModalWidget());
+                               if (!dialog)
+                               {
+                                   return;
+                               }
+                               dialog->SourceChanged(dialog->findChild<QTableWidget *>("tableWidget")->item(row, 0));
+                               accept ? dialog->accept() : dialog->reject();
+                           });
         // Should the dialog never show, nothing may hang.
         QTimer guard;
         guard.setSingleShot(true);
-        QObject::connect(&guard, &QTimer::timeout, []() {
-            if (QApplication::activeModalWidget())
-            {
-                QApplication::activeModalWidget()->close();
-            }
-        });
+        QObject::connect(&guard, &QTimer::timeout,
+                         []()
+                         {
+                             if (QApplication::activeModalWidget())
+                             {
+                                 QApplication::activeModalWidget()->close();
+                             }
+                         });
         guard.start(5000);
         window.SourceButtonPressed();
         EXPECT_EQ(settings.TrackingSource, row);
