@@ -50,17 +50,27 @@ static int astro_days_in_month(int year, int month)
     return month == 2 && leap ? 29 : days[month - 1];
 }
 
-// "YYYY-MM-DD hh:mm:ss" and nothing else, every field in its range.
+// "YYYY-MM-DD hh:mm:ss" and nothing else: every digit in its place (no signs
+// or blanks that a scanf would let through), every field in its range.
 static int astro_parse_utc(const char *text, struct tm *tm)
 {
-    int year, month, day, hour, minute, second, used = -1;
-    if (sscanf(text, "%4d-%2d-%2d %2d:%2d:%2d%n", &year, &month, &day, &hour, &minute, &second, &used) != 6 ||
-        used != 19 || text[used] != 0)
+    static const char pattern[] = "dddd-dd-dd dd:dd:dd";
+    for (int i = 0; pattern[i]; i++)
+    {
+        int digit = text[i] >= '0' && text[i] <= '9';
+        if (pattern[i] == 'd' ? !digit : text[i] != pattern[i])
+        {
+            return -1;
+        }
+    }
+    if (text[sizeof pattern - 1] != 0)
     {
         return -1;
     }
+    int year = atoi(text), month = atoi(text + 5), day = atoi(text + 8);
+    int hour = atoi(text + 11), minute = atoi(text + 14), second = atoi(text + 17);
     if (year < 1 || month < 1 || month > 12 || day < 1 || day > astro_days_in_month(year, month) || hour > 23 ||
-        minute > 59 || second > 59 || hour < 0 || minute < 0 || second < 0)
+        minute > 59 || second > 59)
     {
         return -1;
     }

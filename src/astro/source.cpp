@@ -171,17 +171,15 @@ static void source_planet(const PlanetFunctions *planet, SourceCall *c, SourceRe
     }
 }
 
-static void source_radio(int index, SourceCall *c, SourceRecord &record)
+static void source_radio(struct ln_equ_posn *equ, SourceCall *c, SourceRecord &record)
 {
-    struct ln_equ_posn equ;
-    radio_source_position(index, &equ);
     if (c->mask & SOURCE_MASK_POSITION)
     {
-        source_fixed_position(equ.ra / 15.0, equ.dec, c, record);
+        source_fixed_position(equ->ra / 15.0, equ->dec, c, record);
     }
     if (c->mask & SOURCE_MASK_RISE_SET)
     {
-        source_rst_star(c->jd - 1.0, &c->observer, &equ, record);
+        source_rst_star(c->jd - 1.0, &c->observer, equ, record);
     }
 }
 
@@ -202,6 +200,7 @@ static void source_clear_sky_figures(SourceRecord &record)
 
 static void source_branch(int index, SourceCall *c, SourceRecord &record)
 {
+    struct ln_equ_posn radio;
     if (index == SOURCE_MOON)
     {
         source_moon(c, record);
@@ -228,9 +227,9 @@ static void source_branch(int index, SourceCall *c, SourceRecord &record)
     {
         source_clear_sky_figures(record);
     }
-    else if (index >= 0 && index < SOURCE_COUNT)
+    else if (radio_source_position(index, &radio) == 0)
     {
-        source_radio(index, c, record);
+        source_radio(&radio, c, record);
     }
 }
 
