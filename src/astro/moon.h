@@ -23,6 +23,9 @@ struct MoonPosition
 
 // The Moon seen from a station at (latitude, longitude), degrees north and
 // east, at ut_hours of the day year-month(1..12)-day. ut_hours may be negative.
+// At a latitude of exactly 0 the parallax in declination is 0/0; the station
+// then gets the formula's limit, top_dec = dec + p cos(H0) sin(dec), so an
+// equatorial station has a Moon like its neighbours' and never a NaN.
 void moon_position(int year, int month, int day, double ut_hours, double longitude, double latitude,
                    MoonPosition *position);
 

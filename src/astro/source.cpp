@@ -51,7 +51,8 @@ void sub_point(const struct tm *utc, double ra_hours, double dec, double *lat, d
     double d = day_number(utc->tm_year + 1900, utc->tm_mon + 1, utc->tm_mday, ut);
     // 4.894961213 rad is the sidereal angle at the noon of day 1.5, and the
     // rate is the sidereal day in radians per day. fmod keeps the sign, so L
-    // is in -360..0 for every date from 2000.
+    // is in -360..0 for every date from 2000; before 2000 the longitude would
+    // come out above 180, which no clock of the station ever shows.
     double G = (4.894961213 + 6.300388099 * d) * 57.29577951307855;
     double L = fmod(15.0 * ra_hours - G, 360.0);
     *lng = L + 180.0;
