@@ -61,6 +61,11 @@ SourcesDialog::SourcesDialog(QWidget *parent) : QDialog(parent), ui(new Ui::Sour
     connect(ui->tableWidget, &QTableWidget::itemClicked, this, &SourcesDialog::SourceChanged);
     connect(ui->tableWidget, &QTableWidget::itemPressed, this, &SourcesDialog::ItemPressed);
     Recalculate();
+    // The operator sees the source that is tracked now; only a click changes it.
+    if (settings.TrackingSource >= 0 && settings.TrackingSource < SOURCE_COUNT)
+    {
+        ui->tableWidget->selectRow(settings.TrackingSource);
+    }
     connect(timer, &QTimer::timeout, this, &SourcesDialog::TimerEvent);
     timer->start(SOURCES_REFRESH_MS);
 }

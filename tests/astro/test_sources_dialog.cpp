@@ -159,7 +159,11 @@ TEST_F(SourcesTable, RunsOnTheMapsShiftedClock)
 
 TEST_F(SourcesTable, AClickAnywhereOnARowSelectsIt)
 {
+    settings.TrackingSource = 4;
     SourcesDialog d;
+    EXPECT_TRUE(table(d)->item(4, 0)->isSelected());
+    d.Recalculate();
+    EXPECT_TRUE(table(d)->item(4, 6)->isSelected()); // the refresh keeps the selection
     d.SourceChanged(table(d)->item(5, 0));
     EXPECT_EQ(settings.TrackingSource, 5);
     d.SourceChanged(table(d)->item(13, 6));
