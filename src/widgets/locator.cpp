@@ -73,6 +73,12 @@ int position_to_grid(char grid[7], double latitude, double longitude)
 // cosines, the angles in radians.
 static double locator_arc(double lat1, double lon1, double lat2, double lon2)
 {
+    // Near the poles cos^2 + sin^2 rounds below 1 and a point would lie a
+    // tenth of a metre from itself.
+    if (lat1 == lat2 && lon1 == lon2)
+    {
+        return 0.0;
+    }
     double c = cos(lon1 - lon2) * cos(lat1) * cos(lat2) + sin(lat1) * sin(lat2);
     // Rounding can push c a hair past 1 for a point and itself; the square
     // root would then be of a negative number and the distance not a number.
