@@ -10,16 +10,17 @@
 #include <QPushButton>
 #include <cstring>
 
-// "&&" is how a button shows one ampersand; its key enters the first "&".
-const char *const keyboard_normal[KEYBOARD_KEYS] = {"1", "2", "3", "4", "5", "6", "7", "8", "9", "0", "q", "w", "e",
-                                                    "r", "t", "y", "u", "i", "o", "p", "a", "s", "d", "f", "g", "h",
-                                                    "j", "k", "l", "z", "x", "c", "v", "b", "n", "m", ",", "."};
-const char *const keyboard_shifted[KEYBOARD_KEYS] = {"1", "2", "3", "4", "5", "6", "7", "8", "9", "0", "Q", "W", "E",
-                                                     "R", "T", "Y", "U", "I", "O", "P", "A", "S", "D", "F", "G", "H",
-                                                     "J", "K", "L", "Z", "X", "C", "V", "B", "N", "M", "<", ">"};
-const char *const keyboard_symbols[KEYBOARD_KEYS] = {"1", "2", "3", "4",  "5", "6",  "7", "8", "9", "0", "+", "-", "*",
-                                                     "/", "=", "{", "}",  "[", "]",  "|", "@", "#", "$", "%", "^", "&&",
-                                                     "(", ")", "_", "\"", "`", "\\", "~", ":", ";", "?", ",", "."};
+// The captions of Key1 to Key38 in each layout. "&&" is how a button shows
+// one ampersand; its key enters the first "&".
+static const char *const keyboard_normal[KEYBOARD_KEYS] = {
+    "1", "2", "3", "4", "5", "6", "7", "8", "9", "0", "q", "w", "e", "r", "t", "y", "u", "i", "o",
+    "p", "a", "s", "d", "f", "g", "h", "j", "k", "l", "z", "x", "c", "v", "b", "n", "m", ",", "."};
+static const char *const keyboard_shifted[KEYBOARD_KEYS] = {
+    "1", "2", "3", "4", "5", "6", "7", "8", "9", "0", "Q", "W", "E", "R", "T", "Y", "U", "I", "O",
+    "P", "A", "S", "D", "F", "G", "H", "J", "K", "L", "Z", "X", "C", "V", "B", "N", "M", "<", ">"};
+static const char *const keyboard_symbols[KEYBOARD_KEYS] = {
+    "1", "2", "3", "4", "5", "6", "7",  "8", "9", "0", "+",  "-", "*",  "/", "=", "{", "}", "[", "]",
+    "|", "@", "#", "$", "%", "^", "&&", "(", ")", "_", "\"", "`", "\\", "~", ":", ";", "?", ",", "."};
 
 static const int KEYBOARD_KEEP = 79;
 

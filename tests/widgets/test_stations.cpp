@@ -405,7 +405,7 @@ TEST_F(Stations, AcceptedHomeStationStopsTheCycleAndSelectsHomeDoppler)
                                   [&](HomeStationDialog *dialog)
                                   {
                                       timer_ran = w.timer->isActive();
-                                      const char *const answers[] = {"FN31pr"};
+                                      static const char *const answers[] = {"FN31pr"};
                                       enter_set_answers(answers, 1);
                                       touch(dialog->ui->GridEdit);
                                   });
@@ -442,7 +442,7 @@ TEST_F(Stations, CancelledHomeStationKeepsEditsButNotTheMode)
     close_next<HomeStationDialog>(false,
                                   [&](HomeStationDialog *dialog)
                                   {
-                                      const char *const answers[] = {"G3SEK"};
+                                      static const char *const answers[] = {"G3SEK"};
                                       enter_set_answers(answers, 1);
                                       touch(dialog->ui->CallsignEdit);
                                   });
