@@ -58,7 +58,7 @@ static double mount_axis_step(double *position, double *rate, double drive, doub
     else
     {
         double loss = top_speed * elapsed_ms / coast_ms;
-        *rate = std::fabs(*rate) <= loss ? 0.0 : *rate - std::copysign(loss, *rate);
+        *rate = std::fabs(*rate) <= loss + 1e-9 ? 0.0 : *rate - std::copysign(loss, *rate);
     }
     *position += (before + *rate) / 2.0 * elapsed_ms / 1000.0;
     if (*position < low)
