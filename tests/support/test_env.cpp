@@ -1,6 +1,7 @@
 #include "support/test_env.h"
 
 #include "bus/encoders.h"
+#include "bus/position.h"
 #include "bus/sei_link.h"
 #include "core/clock.h"
 #include "core/panel_seam.h"
@@ -29,6 +30,7 @@ void test_reset_state(void)
     panel_reset();
     clock_reset();
     sei_link_reset();
+    position_reset();
 }
 
 std::string test_read_file(const std::string &path)
