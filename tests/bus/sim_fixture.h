@@ -11,6 +11,7 @@
 #include "sim/pty_server.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <string>
 
 class SimBus : public ::testing::Test
@@ -60,5 +61,15 @@ class SimBus : public ::testing::Test
             seen += std::string(sim->station.frames[i].text) == text;
         }
         return seen;
+    }
+    // Frames without a reply reach the devices a moment after the write
+    // returns; look again for up to a second.
+    int frames_arrived(const char *text, int count)
+    {
+        for (int i = 0; i < 200 && frames_seen(text) < count; i++)
+        {
+            poll(nullptr, 0, 5);
+        }
+        return frames_seen(text);
     }
 };
