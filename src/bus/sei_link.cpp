@@ -18,14 +18,24 @@
 #include <termios.h>
 #include <unistd.h>
 
-SeiSettings sei_settings;
+static const char *const sei_section = "SEI";
+static const char *const sei_default_port = "/dev/ttyUSB0";
+
+// The section's defaults, so that a close without an open still writes sense.
+static SeiSettings sei_defaults(void)
+{
+    SeiSettings s = {};
+    snprintf(s.PortName, sizeof s.PortName, "%s", sei_default_port);
+    s.BaudRate = 3;
+    s.DataBits = 1;
+    return s;
+}
+
+SeiSettings sei_settings = sei_defaults();
 
 static int sei_fd = -1;
 static FILE *sei_log_file;
 static std::mutex sei_mutex;
-
-static const char *const sei_section = "SEI";
-static const char *const sei_default_port = "/dev/ttyUSB0";
 
 int sei_load_settings(const char *ini_name, SeiSettings *record)
 {
@@ -249,7 +259,7 @@ void sei_link_reset(void)
         close(sei_fd);
         sei_fd = -1;
     }
-    memset(&sei_settings, 0, sizeof sei_settings);
+    sei_settings = sei_defaults();
 }
 
 int sei_is_open(void)
