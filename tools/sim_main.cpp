@@ -166,12 +166,30 @@ int main(int argc, char **argv)
             sim_usage();
             return 2;
         }
-        if (strcmp(argv[i], "--link") == 0) { link = value; }
-        else if (strcmp(argv[i], "--az") == 0) { server.station.mount.az = atof(value); }
-        else if (strcmp(argv[i], "--el") == 0) { server.station.mount.el = atof(value); }
-        else if (strcmp(argv[i], "--control") == 0) { control = value; }
-        else if (strcmp(argv[i], "--baud") == 0) { server.baud = atoi(value); }
-        else if (strcmp(argv[i], "--log") == 0) { log = value; }
+        if (strcmp(argv[i], "--link") == 0)
+        {
+            link = value;
+        }
+        else if (strcmp(argv[i], "--az") == 0)
+        {
+            server.station.mount.az = atof(value);
+        }
+        else if (strcmp(argv[i], "--el") == 0)
+        {
+            server.station.mount.el = atof(value);
+        }
+        else if (strcmp(argv[i], "--control") == 0)
+        {
+            control = value;
+        }
+        else if (strcmp(argv[i], "--baud") == 0)
+        {
+            server.baud = atoi(value);
+        }
+        else if (strcmp(argv[i], "--log") == 0)
+        {
+            log = value;
+        }
         else
         {
             sim_usage();

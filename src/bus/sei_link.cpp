@@ -91,13 +91,20 @@ static speed_t sei_speed(int baud)
 {
     switch (baud)
     {
-    case 1200: return B1200;
-    case 2400: return B2400;
-    case 4800: return B4800;
-    case 19200: return B19200;
-    case 38400: return B38400;
-    case 57600: return B57600;
-    default: return B9600;
+    case 1200:
+        return B1200;
+    case 2400:
+        return B2400;
+    case 4800:
+        return B4800;
+    case 19200:
+        return B19200;
+    case 38400:
+        return B38400;
+    case 57600:
+        return B57600;
+    default:
+        return B9600;
     }
 }
 
@@ -152,11 +159,20 @@ void sei_line_termios(const SeiSettings *s, struct termios *tio)
     tio->c_cflag |= CREAD | CLOCAL | (s->DataBits == 0 ? CS7 : CS8);
     switch (s->Parity)
     {
-    case 1: tio->c_cflag |= PARENB | PARODD; break;
-    case 2: tio->c_cflag |= PARENB; break;
-    case 3: tio->c_cflag |= PARENB | CMSPAR | PARODD; break;
-    case 4: tio->c_cflag |= PARENB | CMSPAR; break;
-    default: break;
+    case 1:
+        tio->c_cflag |= PARENB | PARODD;
+        break;
+    case 2:
+        tio->c_cflag |= PARENB;
+        break;
+    case 3:
+        tio->c_cflag |= PARENB | CMSPAR | PARODD;
+        break;
+    case 4:
+        tio->c_cflag |= PARENB | CMSPAR;
+        break;
+    default:
+        break;
     }
     // Linux has no 1.5 stop bits; it sends two, as most drivers do.
     if (s->StopBits != 0)

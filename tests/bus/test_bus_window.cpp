@@ -10,9 +10,7 @@
 #include <cstring>
 #include <sys/stat.h>
 
-static void no_sleep(int)
-{
-}
+static void no_sleep(int) {}
 
 TEST(BusWindow, NoPortStillOpensTheWindowWithTheFailureMessage)
 {
