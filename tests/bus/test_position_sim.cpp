@@ -192,3 +192,30 @@ TEST_F(SimBus, ClosedBusFailsEveryPass)
     EXPECT_EQ(1, ReadPosition());
     EXPECT_STREQ("Elevation read error", panel_last_status);
 }
+
+TEST_F(SimBus, AnAddressWithoutADeviceIsSilence)
+{
+    settings.AZ_Addr = 7;
+    EXPECT_EQ(1, ReadPosition());
+    EXPECT_EQ(1, az_read_status);
+    EXPECT_EQ(0, az_encoder_ready);
+}
+
+TEST_F(SimBus, DevicesFindTheNextFrameAfterNoise)
+{
+    // Bytes that start no frame, and a frame cut short, ahead of a real read.
+    const uint8_t noise[6] = {0x00, 0x2A, 0xA5, 0x33, 0x0F, 0xF0};
+    EXPECT_EQ(6, sei_transact(noise, sizeof noise, nullptr, 0, 0));
+    control("set az 45");
+    control("set el 10");
+    // The cut frame swallows the first request that follows it; one pass
+    // later the bus is in step again.
+    int passes = 1;
+    while (ReadPosition() != 0 && passes < 5)
+    {
+        passes++;
+    }
+    EXPECT_EQ(2, passes);
+    EXPECT_DOUBLE_EQ(45.0, az_position);
+    EXPECT_DOUBLE_EQ(10.0, el_position);
+}
