@@ -197,8 +197,11 @@ int main(int argc, char **argv)
         }
         i++;
     }
-    signal(SIGINT, sim_on_signal);
-    signal(SIGTERM, sim_on_signal);
+    // Without SA_RESTART a signal also ends a read of standard input.
+    struct sigaction on_stop = {};
+    on_stop.sa_handler = sim_on_signal;
+    sigaction(SIGINT, &on_stop, nullptr);
+    sigaction(SIGTERM, &on_stop, nullptr);
     signal(SIGPIPE, SIG_IGN);
     if (sim_server_start(&server, link) != 0)
     {

@@ -236,6 +236,10 @@ int sei_open(void)
     ioctl(fd, TIOCMBIS, &lines);
     {
         std::lock_guard<std::mutex> hold(sei_mutex);
+        if (sei_fd >= 0)
+        {
+            close(sei_fd);
+        }
         sei_fd = fd;
     }
     qDebug("SEI port %s opened successfully", sei_settings.PortName);
