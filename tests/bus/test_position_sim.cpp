@@ -1,6 +1,7 @@
 #include "sim_fixture.h"
 
 #include "bus/position.h"
+#include "bus/sei_commands.h"
 #include "core/panel_seam.h"
 #include "core/position_group.h"
 
@@ -218,4 +219,20 @@ TEST_F(SimBus, DevicesFindTheNextFrameAfterNoise)
     EXPECT_LE(passes, 2);
     EXPECT_DOUBLE_EQ(45.0, az_position);
     EXPECT_DOUBLE_EQ(10.0, el_position);
+}
+
+TEST_F(SimBus, LateReplyFromTheSimulatorStartsTheNextRead)
+{
+    control("late 0 600");
+    uint16_t resolution = 1;
+    uint8_t status = 0;
+    EXPECT_EQ(1, sei_read_resolution(0, &resolution, &status));
+    control("late 0 0");
+    // The factory record waits long enough for the late answer to come in
+    // first: its record then starts with the resolution's three bytes.
+    EncoderFactoryInfo info = {};
+    uint8_t crc = 0;
+    EXPECT_EQ(0, sei_read_factory_info(0, &info, &crc));
+    EXPECT_EQ(0x8CA0, info.Model);
+    EXPECT_EQ(1, resolution);
 }
