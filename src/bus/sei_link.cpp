@@ -217,10 +217,7 @@ int sei_open(void)
     {
         qDebug("SEI port %s could not be opened", sei_settings.PortName);
         sei_save_settings(ini_file_name, &sei_settings);
-        if (SeiDebug)
-        {
-            sei_log_close();
-        }
+        sei_log_close();
         return -1;
     }
     struct termios tio;
@@ -252,10 +249,9 @@ int sei_open(void)
 int sei_close(void)
 {
     sei_save_settings(ini_file_name, &sei_settings);
-    if (SeiDebug)
-    {
-        sei_log_close();
-    }
+    // Closed whatever SeiDebug says now: a dialog may have changed it while
+    // the log was open.
+    sei_log_close();
     std::lock_guard<std::mutex> hold(sei_mutex);
     if (sei_fd >= 0)
     {
