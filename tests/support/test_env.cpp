@@ -5,6 +5,8 @@
 #include "core/panel_seam.h"
 #include "core/settings.h"
 #include "core/state.h"
+#include "rig/rig_engine.h"
+#include "rig/rig_loader.h"
 
 #include <QDir>
 #include <cstdio>
@@ -27,6 +29,8 @@ void test_reset_state(void)
     memset(encoders, 0, sizeof encoders);
     panel_reset();
     clock_reset();
+    rig_reset();
+    rig_files_set_folder(nullptr);
 }
 
 std::string test_read_file(const std::string &path)
