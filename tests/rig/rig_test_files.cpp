@@ -28,3 +28,8 @@ std::string rig_test_own_file(const char *name)
 {
     return std::string(MORVANE_OWN_RIG_DIR) + "/" + name;
 }
+
+std::string rig_test_own_folder(void)
+{
+    return MORVANE_OWN_RIG_DIR;
+}

@@ -8,5 +8,6 @@
 std::string rig_test_write(const char *name, const std::string &text);
 // The folder of real published rig files, or "" when it is absent.
 std::string rig_test_real_folder(void);
-// The project's own rig files.
+// The project's own rig files, and their folder.
 std::string rig_test_own_file(const char *name);
+std::string rig_test_own_folder(void);
