@@ -12,6 +12,7 @@
 #include "core/about_dialog.h"
 #include "core/mainwindow.h"
 #include "core/state.h"
+#include "rig/rig_dialog.h"
 
 #include "core/app.h"
 
@@ -138,6 +139,9 @@ int main(int argc, char *argv[])
 
         AboutDialog about(&window);
         status |= shot_dialog(&about, out, "about");
+
+        RigControlDialog rig(&window);
+        status |= shot_dialog(&rig, out, "rig_control");
     }
     if (home == temp_home)
     {
