@@ -222,6 +222,8 @@ int rig_issue_command(const RigCommand *record, uint8_t reply[RIG_REPLY_SIZE])
     int complete = 0;
     if (record->ReplyLength >= 1)
     {
+        // A few old files ask for more than the reply buffer holds; the
+        // first 64 bytes are taken and the rest is dropped by the next clear.
         int want = record->ReplyLength < RIG_REPLY_SIZE ? record->ReplyLength : RIG_REPLY_SIZE;
         count = serial_read(&rig_link, reply, want, RIG_WAIT_PERIODS);
         complete = count == want;
