@@ -31,8 +31,9 @@ int rig_validate_reply(const RigCommand *record, const uint8_t *reply, int lengt
     for (int i = 0; i < record->validate_length; i++)
     {
         uint8_t want = record->validate[i];
-        // A wildcard matches any byte; past the reply's end the pattern still
-        // has to match a cleared buffer, as a short reply never reaches here.
+        // A wildcard matches any byte. Past the reply's end the pattern meets
+        // the cleared buffer, so a pattern longer than its reply fails unless
+        // its tail is wildcards or zeros.
         if ((record->is_hex && want == 0x00) || (!record->is_hex && want == '.'))
         {
             continue;
