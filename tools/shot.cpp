@@ -13,6 +13,7 @@
 #include "core/about_dialog.h"
 #include "core/mainwindow.h"
 #include "core/state.h"
+#include "rig/rig_dialog.h"
 
 #include "core/app.h"
 #include "widgets/dx_station_dialog.h"
@@ -175,6 +176,9 @@ int main(int argc, char *argv[])
 
         DxStationDialog dx(&window);
         status |= shot_dialog(&dx, out, "dx_station");
+
+        RigControlDialog rig(&window);
+        status |= shot_dialog(&rig, out, "rig_control");
     }
     if (home == temp_home)
     {

@@ -11,6 +11,8 @@
 #include "core/position_group.h"
 #include "core/settings.h"
 #include "core/state.h"
+#include "rig/doppler.h"
+#include "rig/rig_dialog.h"
 #include "ui_mainwindow.h"
 #include "widgets/compass.h"
 #include "widgets/dx_station_dialog.h"
@@ -34,6 +36,11 @@ static void cycle_run_position(void *window, int source)
 static void cycle_run_adc(void *, int)
 {
     adc_group();
+}
+
+static void cycle_run_frequency(void *, int)
+{
+    doppler_frequency_group();
 }
 
 static void cycle_run_panel_page(void *window, int)
@@ -245,6 +252,7 @@ void MainWindow::createMenus(void)
     configure->setStyleSheet(panel_style_text(STYLE_MENU));
     connect(configure->addAction(tr("HomeStation")), &QAction::triggered, this, &MainWindow::HomeStation);
     connect(configure->addAction(tr("Dx Station")), &QAction::triggered, this, &MainWindow::DxStation);
+    connect(configure->addAction(tr("Rig Control")), &QAction::triggered, this, &MainWindow::RigControl);
     QAction *about = menu_bar->addAction(tr("About"));
     connect(about, &QAction::triggered, this, &MainWindow::About);
 }
@@ -270,6 +278,7 @@ void MainWindow::TimerEvent(void)
     actions.run[CYCLE_DISPLAY] = cycle_run_display;
     actions.run[CYCLE_POSITION] = cycle_run_position;
     actions.run[CYCLE_ADC] = cycle_run_adc;
+    actions.run[CYCLE_FREQUENCY] = cycle_run_frequency;
     actions.run[CYCLE_PANEL_PAGE] = cycle_run_panel_page;
     CycleConditions conditions = cycle_conditions_now();
     cycle_tick(&actions, &conditions);
@@ -358,6 +367,15 @@ void MainWindow::DxStation(void)
     UpdateDisplay();
 }
 
+void MainWindow::RigControl(void)
+{
+    RigControlDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        rig_dialog_accepted();
+    }
+}
+
 void MainWindow::About(void)
 {
     AboutDialog dialog(this);
@@ -434,22 +452,27 @@ void MainWindow::ElCalibrateButtonPressed(void)
 
 void MainWindow::TxButtonPressed(void)
 {
+    doppler_tx_pressed();
 }
 
 void MainWindow::RxButtonPressed(void)
 {
+    doppler_rx_pressed();
 }
 
 void MainWindow::OmniRigButtonPressed(void)
 {
+    doppler_omnirig_pressed();
 }
 
 void MainWindow::HomeStationButtonPressed(void)
 {
+    doppler_home_pressed();
 }
 
 void MainWindow::DxStationButtonPressed(void)
 {
+    doppler_dx_pressed();
 }
 
 void MainWindow::SourceAzimuthMousePosition(void)

@@ -7,6 +7,8 @@
 #include "core/panel_seam.h"
 #include "core/settings.h"
 #include "core/state.h"
+#include "rig/rig_engine.h"
+#include "rig/rig_loader.h"
 
 #include <QDir>
 #include <cstdio>
@@ -31,6 +33,8 @@ void test_reset_state(void)
     clock_reset();
     sei_link_reset();
     position_reset();
+    rig_reset();
+    rig_files_set_folder(nullptr);
 }
 
 std::string test_read_file(const std::string &path)
