@@ -1,6 +1,7 @@
 #include "support/test_env.h"
 
 #include "bus/encoders.h"
+#include "bus/sei_link.h"
 #include "core/clock.h"
 #include "core/panel_seam.h"
 #include "core/settings.h"
@@ -27,6 +28,7 @@ void test_reset_state(void)
     memset(encoders, 0, sizeof encoders);
     panel_reset();
     clock_reset();
+    sei_link_reset();
 }
 
 std::string test_read_file(const std::string &path)
