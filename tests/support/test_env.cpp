@@ -3,6 +3,7 @@
 #include "bus/encoders.h"
 #include "bus/sei_link.h"
 #include "core/clock.h"
+#include "core/drive.h"
 #include "core/panel_seam.h"
 #include "core/settings.h"
 #include "core/state.h"
@@ -29,6 +30,7 @@ void test_reset_state(void)
     panel_reset();
     clock_reset();
     sei_link_reset();
+    drive_set_bus(nullptr);
 }
 
 std::string test_read_file(const std::string &path)
