@@ -1,10 +1,13 @@
 #include "core/mainwindow.h"
 
+#include "bus/sei_commands.h"
+#include "bus/sei_link.h"
 #include "core/about_dialog.h"
 #include "core/cycle.h"
 #include "core/display.h"
 #include "core/panel.h"
 #include "core/panel_seam.h"
+#include "core/position_group.h"
 #include "core/settings.h"
 #include "core/state.h"
 #include "ui_mainwindow.h"
@@ -22,6 +25,11 @@ static void cycle_run_display(void *window, int source)
 static void cycle_run_position(void *window, int source)
 {
     static_cast<MainWindow *>(window)->PositionGroup(source);
+}
+
+static void cycle_run_adc(void *, int)
+{
+    adc_group();
 }
 
 static void cycle_run_panel_page(void *window, int)
@@ -58,6 +66,17 @@ MainWindow::MainWindow(int instance, QWidget *parent)
     UpdateDisplay();
     applyInitialStyles();
 
+    // Without a bus the station still tracks on paper: the read errors and
+    // this message say why the antenna does not follow.
+    if (sei_open() < 0)
+    {
+        panel_status("Morvane communication failure", 0);
+    }
+    else
+    {
+        sei_wakeup();
+    }
+
     SetupTrackingSource();
 
     connect(timer, &QTimer::timeout, this, &MainWindow::TimerEvent);
@@ -67,6 +86,9 @@ MainWindow::MainWindow(int instance, QWidget *parent)
 MainWindow::~MainWindow()
 {
     timer->stop();
+    // Asleep, the encoders count no stray pulses while the power goes off.
+    sei_sleep(SEI_BROADCAST);
+    sei_close();
     SaveSettings(ini_file_name, &settings);
     panel_unregister_all();
     delete ui;
@@ -239,6 +261,7 @@ void MainWindow::TimerEvent(void)
     actions.context = this;
     actions.run[CYCLE_DISPLAY] = cycle_run_display;
     actions.run[CYCLE_POSITION] = cycle_run_position;
+    actions.run[CYCLE_ADC] = cycle_run_adc;
     actions.run[CYCLE_PANEL_PAGE] = cycle_run_panel_page;
     CycleConditions conditions = cycle_conditions_now();
     cycle_tick(&actions, &conditions);
@@ -251,6 +274,7 @@ void MainWindow::DisplayGroup(int source)
 
 void MainWindow::PositionGroup(int)
 {
+    position_group(ui->panelSlider->value());
 }
 
 void MainWindow::PanelPageGroup(void)

@@ -1,6 +1,7 @@
 #include "support/test_env.h"
 
 #include "bus/encoders.h"
+#include "bus/position.h"
 #include "bus/sei_link.h"
 #include "core/clock.h"
 #include "core/drive.h"
@@ -30,6 +31,7 @@ void test_reset_state(void)
     panel_reset();
     clock_reset();
     sei_link_reset();
+    position_reset();
     drive_set_bus(nullptr);
 }
 
