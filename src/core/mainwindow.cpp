@@ -3,10 +3,13 @@
 #include "bus/sei_commands.h"
 #include "bus/sei_link.h"
 #include "core/about_dialog.h"
+#include "core/antenna_dialog.h"
 #include "core/cycle.h"
 #include "core/display.h"
+#include "core/drive.h"
 #include "core/panel.h"
 #include "core/panel_seam.h"
+#include "core/panel_slots.h"
 #include "core/position_group.h"
 #include "core/settings.h"
 #include "core/state.h"
@@ -89,6 +92,10 @@ MainWindow::MainWindow(int instance, QWidget *parent)
 MainWindow::~MainWindow()
 {
     timer->stop();
+    // No motor may outlive the program: every output off, whatever the flags
+    // say, before the bus goes.
+    all_relays_off();
+    all_pwm_off();
     // Asleep, the encoders count no stray pulses while the power goes off.
     sei_sleep(SEI_BROADCAST);
     sei_close();
@@ -244,6 +251,9 @@ void MainWindow::createMenus(void)
     configure->setStyleSheet(panel_style_text(STYLE_MENU));
     connect(configure->addAction(tr("HomeStation")), &QAction::triggered, this, &MainWindow::HomeStation);
     connect(configure->addAction(tr("Dx Station")), &QAction::triggered, this, &MainWindow::DxStation);
+    QMenu *tracking = menu_bar->addMenu(tr("Tracking"));
+    tracking->setStyleSheet(panel_style_text(STYLE_MENU));
+    connect(tracking->addAction(tr("Parameters")), &QAction::triggered, this, &MainWindow::Antenna);
     QAction *about = menu_bar->addAction(tr("About"));
     connect(about, &QAction::triggered, this, &MainWindow::About);
 }
@@ -255,7 +265,7 @@ void MainWindow::UpdateDisplay(void)
 
 void MainWindow::SetupTrackingSource(void)
 {
-    UpdateDisplay();
+    panel_setup_tracking_source();
 }
 
 void MainWindow::SendPskSelfReport(void)
@@ -279,9 +289,10 @@ void MainWindow::DisplayGroup(int source)
     display_group(source, ui->panelSlider->value());
 }
 
-void MainWindow::PositionGroup(int)
+void MainWindow::PositionGroup(int source)
 {
-    position_group(ui->panelSlider->value());
+    PositionLimits limits = position_group(ui->panelSlider->value());
+    drive_step(source, limits.through_north, limits.az_limit_hit, limits.el_limit_hit);
 }
 
 void MainWindow::PanelPageGroup(void)
@@ -320,7 +331,7 @@ void MainWindow::MenuButtonPressed(void)
 void MainWindow::HomeStation(void)
 {
     timer->stop();
-    panel_style(PANEL_STOP, STYLE_GRAY);
+    panel_pause_begin();
     HomeStationDialog dialog(this);
     if (dialog.exec() == QDialog::Accepted)
     {
@@ -329,10 +340,7 @@ void MainWindow::HomeStation(void)
         doppler_mode = 1;
         UpdateDisplay();
     }
-    // The remote display writes everything afresh at its next turn.
-    source_changed = 1;
-    az_changed = 1;
-    el_changed = 1;
+    panel_pause_end();
     SendPskSelfReport();
     timer->start(CYCLE_TICK_MS);
 }
@@ -357,13 +365,28 @@ void MainWindow::DxStation(void)
     UpdateDisplay();
 }
 
+// The drive's parameters change under it, so it stands still while they are
+// edited; a Cancel keeps the edits, only Ok saves them.
+void MainWindow::Antenna(void)
+{
+    timer->stop();
+    panel_pause_begin();
+    AntennaDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        panel_antenna_accepted(ui->panelSlider->value());
+    }
+    panel_pause_end();
+    timer->start(CYCLE_TICK_MS);
+}
+
 void MainWindow::About(void)
 {
     AboutDialog dialog(this);
     dialog.exec();
 }
 
-// The slots below belong to the drive, the rig and the remote links; each is
+// The slots below belong to the rig and the remote links; each is
 // filled in as its subsystem joins the panel.
 void MainWindow::SourceButtonPressed(void)
 {
@@ -371,54 +394,67 @@ void MainWindow::SourceButtonPressed(void)
 
 void MainWindow::AzSourceButtonPressed(void)
 {
+    panel_az_source_pressed();
 }
 
 void MainWindow::ElSourceButtonPressed(void)
 {
+    panel_el_source_pressed();
 }
 
 void MainWindow::AutoButtonPressed(void)
 {
+    drive_auto_pressed();
 }
 
 void MainWindow::ParkButtonPressed(void)
 {
+    drive_park_pressed();
 }
 
 void MainWindow::StopButtonPressed(void)
 {
+    drive_stop_pressed();
 }
 
 void MainWindow::AzManualButtonPressed(void)
 {
+    drive_az_manual_pressed();
 }
 
 void MainWindow::ElManualButtonPressed(void)
 {
+    drive_el_manual_pressed();
 }
 
 void MainWindow::LeftButtonPressed(void)
 {
+    drive_left_pressed();
 }
 
 void MainWindow::RightButtonPressed(void)
 {
+    drive_right_pressed();
 }
 
 void MainWindow::UpButtonPressed(void)
 {
+    drive_up_pressed();
 }
 
 void MainWindow::DownButtonPressed(void)
 {
+    drive_down_pressed();
 }
 
 void MainWindow::AzCalibrateButtonPressed(void)
 {
+    panel_az_calibrate_pressed();
 }
 
 void MainWindow::ElCalibrateButtonPressed(void)
 {
+    panel_el_calibrate_pressed();
 }
 
 void MainWindow::TxButtonPressed(void)
