@@ -1,5 +1,6 @@
 #include "core/mainwindow.h"
 
+#include "astro/sources_dialog.h"
 #include "bus/sei_commands.h"
 #include "bus/sei_link.h"
 #include "core/about_dialog.h"
@@ -386,10 +387,18 @@ void MainWindow::About(void)
     dialog.exec();
 }
 
-// The slots below belong to the rig and the remote links; each is
-// filled in as its subsystem joins the panel.
+// The selection and the user positions hold even when the table is cancelled;
+// only the saving waits for OK.
 void MainWindow::SourceButtonPressed(void)
 {
+    SourcesDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        SaveSettings(ini_file_name, &settings);
+        UpdateDisplay();
+    }
+    source_changed = 1;
+    SetupTrackingSource();
 }
 
 void MainWindow::AzSourceButtonPressed(void)
@@ -457,6 +466,7 @@ void MainWindow::ElCalibrateButtonPressed(void)
     panel_el_calibrate_pressed();
 }
 
+// The slots below belong to the rig; each is filled in as it joins the panel.
 void MainWindow::TxButtonPressed(void)
 {
 }

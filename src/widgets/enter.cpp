@@ -4,6 +4,7 @@
 #include "widgets/keyboard_dialog.h"
 #include "widgets/keypad_dialog.h"
 
+#include <QApplication>
 #include <cstring>
 
 int enter_call_count;
@@ -105,9 +106,17 @@ static void enter_copy_back(char *text, const char *value, int max_length)
     }
 }
 
+// The editor belongs to the window it was opened from, so that a full-screen
+// panel can't cover it.
+static QWidget *enter_owner(void)
+{
+    QWidget *owner = QApplication::activeModalWidget();
+    return owner ? owner : QApplication::activeWindow();
+}
+
 int EnterNumber(char *text, int max_length)
 {
-    KeypadDialog dialog;
+    KeypadDialog dialog(enter_owner());
     dialog.load(text);
     if (enter_run(&dialog, "", text, max_length) != QDialog::Accepted)
     {
@@ -119,7 +128,7 @@ int EnterNumber(char *text, int max_length)
 
 int EnterText(const char *title, char *text, int max_length)
 {
-    KeyboardDialog dialog;
+    KeyboardDialog dialog(enter_owner());
     dialog.load(title, text);
     if (enter_run(&dialog, title, text, max_length) != QDialog::Accepted)
     {

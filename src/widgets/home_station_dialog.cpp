@@ -248,8 +248,7 @@ void HomeStationDialog::gridConvertPressed(void)
     refresh_position_fields();
 }
 
-double HomeStationDialog::dms_value(QPushButton *degrees, QPushButton *minutes, QPushButton *seconds,
-                                    QComboBox *sign)
+double HomeStationDialog::dms_value(QPushButton *degrees, QPushButton *minutes, QPushButton *seconds, QComboBox *sign)
 {
     double value = atoi(degrees->text().toUtf8().constData()) + atoi(minutes->text().toUtf8().constData()) / 60.0 +
                    atof(seconds->text().toUtf8().constData()) / 3600.0;
@@ -275,8 +274,8 @@ void HomeStationDialog::DMStoLongitude(void)
 // Showing a position must not feed back into it: the hemisphere box is set
 // with its signal held, or the rounded seconds would be read back as the
 // position.
-void HomeStationDialog::show_position(double value, QPushButton *decimal, QPushButton *degrees,
-                                      QPushButton *minutes, QPushButton *seconds, QComboBox *sign)
+void HomeStationDialog::show_position(double value, QPushButton *decimal, QPushButton *degrees, QPushButton *minutes,
+                                      QPushButton *seconds, QComboBox *sign)
 {
     char text[32];
     int d, m, negative;

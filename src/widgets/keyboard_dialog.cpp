@@ -10,15 +10,16 @@
 #include <QPushButton>
 #include <cstring>
 
-// "&&" is how a button shows one ampersand; its key enters the first "&".
-const char *const keyboard_normal[KEYBOARD_KEYS] = {
+// The captions of Key1 to Key38 in each layout. "&&" is how a button shows
+// one ampersand; its key enters the first "&".
+static const char *const keyboard_normal[KEYBOARD_KEYS] = {
     "1", "2", "3", "4", "5", "6", "7", "8", "9", "0", "q", "w", "e", "r", "t", "y", "u", "i", "o",
     "p", "a", "s", "d", "f", "g", "h", "j", "k", "l", "z", "x", "c", "v", "b", "n", "m", ",", "."};
-const char *const keyboard_shifted[KEYBOARD_KEYS] = {
+static const char *const keyboard_shifted[KEYBOARD_KEYS] = {
     "1", "2", "3", "4", "5", "6", "7", "8", "9", "0", "Q", "W", "E", "R", "T", "Y", "U", "I", "O",
     "P", "A", "S", "D", "F", "G", "H", "J", "K", "L", "Z", "X", "C", "V", "B", "N", "M", "<", ">"};
-const char *const keyboard_symbols[KEYBOARD_KEYS] = {
-    "1", "2", "3", "4", "5", "6", "7", "8", "9", "0", "+", "-", "*", "/", "=", "{", "}", "[", "]",
+static const char *const keyboard_symbols[KEYBOARD_KEYS] = {
+    "1", "2", "3", "4", "5", "6", "7",  "8", "9", "0", "+",  "-", "*",  "/", "=", "{", "}", "[", "]",
     "|", "@", "#", "$", "%", "^", "&&", "(", ")", "_", "\"", "`", "\\", "~", ":", ";", "?", ",", "."};
 
 static const int KEYBOARD_KEEP = 79;
@@ -36,8 +37,8 @@ static QIcon keyboard_arrow_icon(void)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(Qt::white);
-    painter.drawPolygon(QPolygon({QPoint(8, 1), QPoint(15, 9), QPoint(11, 9), QPoint(11, 15), QPoint(5, 15),
-                                  QPoint(5, 9), QPoint(1, 9)}));
+    painter.drawPolygon(QPolygon(
+        {QPoint(8, 1), QPoint(15, 9), QPoint(11, 9), QPoint(11, 15), QPoint(5, 15), QPoint(5, 9), QPoint(1, 9)}));
     return QIcon(arrow);
 }
 
@@ -54,11 +55,10 @@ KeyboardDialog::KeyboardDialog(QWidget *parent)
         key->setStyleSheet(panel_style_text(STYLE_GRAY));
     }
     QPushButton *const row[KEYBOARD_KEYS] = {
-        ui->Key1,  ui->Key2,  ui->Key3,  ui->Key4,  ui->Key5,  ui->Key6,  ui->Key7,  ui->Key8,
-        ui->Key9,  ui->Key10, ui->Key11, ui->Key12, ui->Key13, ui->Key14, ui->Key15, ui->Key16,
-        ui->Key17, ui->Key18, ui->Key19, ui->Key20, ui->Key21, ui->Key22, ui->Key23, ui->Key24,
-        ui->Key25, ui->Key26, ui->Key27, ui->Key28, ui->Key29, ui->Key30, ui->Key31, ui->Key32,
-        ui->Key33, ui->Key34, ui->Key35, ui->Key36, ui->Key37, ui->Key38};
+        ui->Key1,  ui->Key2,  ui->Key3,  ui->Key4,  ui->Key5,  ui->Key6,  ui->Key7,  ui->Key8,  ui->Key9,  ui->Key10,
+        ui->Key11, ui->Key12, ui->Key13, ui->Key14, ui->Key15, ui->Key16, ui->Key17, ui->Key18, ui->Key19, ui->Key20,
+        ui->Key21, ui->Key22, ui->Key23, ui->Key24, ui->Key25, ui->Key26, ui->Key27, ui->Key28, ui->Key29, ui->Key30,
+        ui->Key31, ui->Key32, ui->Key33, ui->Key34, ui->Key35, ui->Key36, ui->Key37, ui->Key38};
     memcpy(keys, row, sizeof keys);
     // The caption alone would not tell a finger that this is the shift key.
     ui->KeyUpArrow->setIcon(keyboard_arrow_icon());

@@ -17,11 +17,6 @@ enum
     KEYBOARD_KEYS = 38
 };
 
-// The captions of Key1 to Key38 in each layout.
-extern const char *const keyboard_normal[KEYBOARD_KEYS];
-extern const char *const keyboard_shifted[KEYBOARD_KEYS];
-extern const char *const keyboard_symbols[KEYBOARD_KEYS];
-
 class KeyboardDialog : public QDialog
 {
     Q_OBJECT

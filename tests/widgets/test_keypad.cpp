@@ -49,9 +49,9 @@ static void expect_geometry(QWidget *w, int x, int y, int width, int height)
 TEST_F(Keys, KeypadEveryKeyEntersItsCharacter)
 {
     KeypadDialog pad;
-    QPushButton *order[] = {pad.ui->Key7, pad.ui->Key8,    pad.ui->Key9,     pad.ui->KeyMinus, pad.ui->Key4,
-                            pad.ui->Key5, pad.ui->Key6,    pad.ui->KeyPlus,  pad.ui->Key1,     pad.ui->Key2,
-                            pad.ui->Key3, pad.ui->Key0,    pad.ui->KeyPeriod};
+    QPushButton *order[] = {pad.ui->Key7, pad.ui->Key8, pad.ui->Key9,     pad.ui->KeyMinus, pad.ui->Key4,
+                            pad.ui->Key5, pad.ui->Key6, pad.ui->KeyPlus,  pad.ui->Key1,     pad.ui->Key2,
+                            pad.ui->Key3, pad.ui->Key0, pad.ui->KeyPeriod};
     for (QPushButton *key : order)
     {
         touch(key);

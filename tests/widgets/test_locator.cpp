@@ -88,11 +88,11 @@ TEST(Locator, PositionToSixCharacters)
     };
     const Row rows[] = {
         {52.0 + 1.25 / 60.0, 12.0 + 2.5 / 60.0, "JO62aa"},
-        {40.35, -74.65, "FN20qi"},  // Princeton
-        {-0.5, -0.5, "II99sm"},     // both signs negative
-        {0.0, -180.0, "AJ00aa"},    // the western edge
-        {0.0, 180.0, "SJ00aa"},     // field S, one past the system's last
-        {-90.0, 0.0, "JA00aa"},  // the south pole
+        {40.35, -74.65, "FN20qi"}, // Princeton
+        {-0.5, -0.5, "II99sm"},    // both signs negative
+        {0.0, -180.0, "AJ00aa"},   // the western edge
+        {0.0, 180.0, "SJ00aa"},    // field S, one past the system's last
+        {-90.0, 0.0, "JA00aa"},    // the south pole
     };
     for (const Row &row : rows)
     {
