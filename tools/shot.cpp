@@ -11,6 +11,7 @@
 // so the operator's own settings are never touched.
 #include "astro/sources_dialog.h"
 #include "core/about_dialog.h"
+#include "core/antenna_dialog.h"
 #include "core/mainwindow.h"
 #include "core/state.h"
 
@@ -175,6 +176,9 @@ int main(int argc, char *argv[])
 
         DxStationDialog dx(&window);
         status |= shot_dialog(&dx, out, "dx_station");
+
+        AntennaDialog antenna(&window);
+        status |= shot_dialog(&antenna, out, "antenna");
     }
     if (home == temp_home)
     {
