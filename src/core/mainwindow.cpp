@@ -251,6 +251,7 @@ void MainWindow::createMenus(void)
     QMenu *configure = menu_bar->addMenu(tr("Configure"));
     configure->setStyleSheet(panel_style_text(STYLE_MENU));
     connect(configure->addAction(tr("HomeStation")), &QAction::triggered, this, &MainWindow::HomeStation);
+    connect(configure->addAction(tr("Sources")), &QAction::triggered, this, &MainWindow::SourcesDisplay);
     connect(configure->addAction(tr("Dx Station")), &QAction::triggered, this, &MainWindow::DxStation);
     QMenu *tracking = menu_bar->addMenu(tr("Tracking"));
     tracking->setStyleSheet(panel_style_text(STYLE_MENU));
@@ -344,6 +345,19 @@ void MainWindow::HomeStation(void)
     panel_pause_end();
     SendPskSelfReport();
     timer->start(CYCLE_TICK_MS);
+}
+
+// Chosen from the menu, a source changes TrackingSource but leaves the remote
+// links alone; only the source button closes and reopens them. Tracking goes
+// on behind the table.
+void MainWindow::SourcesDisplay(void)
+{
+    SourcesDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        SaveSettings(ini_file_name, &settings);
+        UpdateDisplay();
+    }
 }
 
 // The DX station is only read, never driven to, so tracking goes on behind

@@ -80,6 +80,7 @@ class MainWindow : public QMainWindow
     void SourceElevationMousePressed(void);
 
     void HomeStation(void);
+    void SourcesDisplay(void);
     void DxStation(void);
     void Antenna(void);
     void About(void);
