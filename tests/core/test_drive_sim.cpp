@@ -174,6 +174,7 @@ TEST_F(DriveSimTest, FailedReadHoldsOneAxisWhileTheOtherTracks)
     double held = sim.station.mount.az;
     run_seconds(20);
     EXPECT_NEAR(sim.station.mount.az, held, 0.2) << "stopped at the first failed cycle";
+    EXPECT_EQ(auto_tracking, 1);
     EXPECT_NEAR(sim.station.mount.el, 35, 1.0) << "elevation went on at full speed";
     sim.az_read_fails = 0;
     run_seconds(120);
