@@ -11,6 +11,7 @@
 // so the operator's own settings are never touched.
 #include "astro/sources_dialog.h"
 #include "core/about_dialog.h"
+#include "core/antenna_dialog.h"
 #include "core/mainwindow.h"
 #include "core/state.h"
 #include "rig/rig_dialog.h"
@@ -179,6 +180,9 @@ int main(int argc, char *argv[])
 
         RigControlDialog rig(&window);
         status |= shot_dialog(&rig, out, "rig_control");
+
+        AntennaDialog antenna(&window);
+        status |= shot_dialog(&antenna, out, "antenna");
     }
     if (home == temp_home)
     {

@@ -4,10 +4,13 @@
 #include "bus/sei_commands.h"
 #include "bus/sei_link.h"
 #include "core/about_dialog.h"
+#include "core/antenna_dialog.h"
 #include "core/cycle.h"
 #include "core/display.h"
+#include "core/drive.h"
 #include "core/panel.h"
 #include "core/panel_seam.h"
+#include "core/panel_slots.h"
 #include "core/position_group.h"
 #include "core/settings.h"
 #include "core/state.h"
@@ -97,6 +100,10 @@ MainWindow::MainWindow(int instance, QWidget *parent)
 MainWindow::~MainWindow()
 {
     timer->stop();
+    // No motor may outlive the program: every output off, whatever the flags
+    // say, before the bus goes.
+    all_relays_off();
+    all_pwm_off();
     // Asleep, the encoders count no stray pulses while the power goes off.
     sei_sleep(SEI_BROADCAST);
     sei_close();
@@ -251,8 +258,12 @@ void MainWindow::createMenus(void)
     QMenu *configure = menu_bar->addMenu(tr("Configure"));
     configure->setStyleSheet(panel_style_text(STYLE_MENU));
     connect(configure->addAction(tr("HomeStation")), &QAction::triggered, this, &MainWindow::HomeStation);
+    connect(configure->addAction(tr("Sources")), &QAction::triggered, this, &MainWindow::SourcesDisplay);
     connect(configure->addAction(tr("Dx Station")), &QAction::triggered, this, &MainWindow::DxStation);
     connect(configure->addAction(tr("Rig Control")), &QAction::triggered, this, &MainWindow::RigControl);
+    QMenu *tracking = menu_bar->addMenu(tr("Tracking"));
+    tracking->setStyleSheet(panel_style_text(STYLE_MENU));
+    connect(tracking->addAction(tr("Parameters")), &QAction::triggered, this, &MainWindow::Antenna);
     QAction *about = menu_bar->addAction(tr("About"));
     connect(about, &QAction::triggered, this, &MainWindow::About);
 }
@@ -264,7 +275,7 @@ void MainWindow::UpdateDisplay(void)
 
 void MainWindow::SetupTrackingSource(void)
 {
-    UpdateDisplay();
+    panel_setup_tracking_source();
 }
 
 void MainWindow::SendPskSelfReport(void)
@@ -289,9 +300,10 @@ void MainWindow::DisplayGroup(int source)
     display_group(source, ui->panelSlider->value());
 }
 
-void MainWindow::PositionGroup(int)
+void MainWindow::PositionGroup(int source)
 {
-    position_group(ui->panelSlider->value());
+    PositionLimits limits = position_group(ui->panelSlider->value());
+    drive_step(source, limits.through_north, limits.az_limit_hit, limits.el_limit_hit);
 }
 
 void MainWindow::PanelPageGroup(void)
@@ -330,7 +342,7 @@ void MainWindow::MenuButtonPressed(void)
 void MainWindow::HomeStation(void)
 {
     timer->stop();
-    panel_style(PANEL_STOP, STYLE_GRAY);
+    panel_pause_begin();
     HomeStationDialog dialog(this);
     if (dialog.exec() == QDialog::Accepted)
     {
@@ -339,12 +351,22 @@ void MainWindow::HomeStation(void)
         doppler_mode = 1;
         UpdateDisplay();
     }
-    // The remote display writes everything afresh at its next turn.
-    source_changed = 1;
-    az_changed = 1;
-    el_changed = 1;
+    panel_pause_end();
     SendPskSelfReport();
     timer->start(CYCLE_TICK_MS);
+}
+
+// Chosen from the menu, a source changes TrackingSource but leaves the remote
+// links alone; only the source button closes and reopens them. Tracking goes
+// on behind the table.
+void MainWindow::SourcesDisplay(void)
+{
+    SourcesDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        SaveSettings(ini_file_name, &settings);
+        UpdateDisplay();
+    }
 }
 
 // The DX station is only read, never driven to, so tracking goes on behind
@@ -376,6 +398,21 @@ void MainWindow::RigControl(void)
     }
 }
 
+// The drive's parameters change under it, so it stands still while they are
+// edited; a Cancel keeps the edits, only Ok saves them.
+void MainWindow::Antenna(void)
+{
+    timer->stop();
+    panel_pause_begin();
+    AntennaDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        panel_antenna_accepted(ui->panelSlider->value());
+    }
+    panel_pause_end();
+    timer->start(CYCLE_TICK_MS);
+}
+
 void MainWindow::About(void)
 {
     AboutDialog dialog(this);
@@ -396,60 +433,72 @@ void MainWindow::SourceButtonPressed(void)
     SetupTrackingSource();
 }
 
-// The slots below belong to the drive, the rig and the remote links; each is
-// filled in as its subsystem joins the panel.
 void MainWindow::AzSourceButtonPressed(void)
 {
+    panel_az_source_pressed();
 }
 
 void MainWindow::ElSourceButtonPressed(void)
 {
+    panel_el_source_pressed();
 }
 
 void MainWindow::AutoButtonPressed(void)
 {
+    drive_auto_pressed();
 }
 
 void MainWindow::ParkButtonPressed(void)
 {
+    drive_park_pressed();
 }
 
 void MainWindow::StopButtonPressed(void)
 {
+    drive_stop_pressed();
 }
 
 void MainWindow::AzManualButtonPressed(void)
 {
+    drive_az_manual_pressed();
 }
 
 void MainWindow::ElManualButtonPressed(void)
 {
+    drive_el_manual_pressed();
 }
 
 void MainWindow::LeftButtonPressed(void)
 {
+    drive_left_pressed();
 }
 
 void MainWindow::RightButtonPressed(void)
 {
+    drive_right_pressed();
 }
 
 void MainWindow::UpButtonPressed(void)
 {
+    drive_up_pressed();
 }
 
 void MainWindow::DownButtonPressed(void)
 {
+    drive_down_pressed();
 }
 
 void MainWindow::AzCalibrateButtonPressed(void)
 {
+    panel_az_calibrate_pressed();
 }
 
 void MainWindow::ElCalibrateButtonPressed(void)
 {
+    panel_el_calibrate_pressed();
 }
 
+// The slots below belong to the rig; each is filled in as it joins the panel.
 void MainWindow::TxButtonPressed(void)
 {
     doppler_tx_pressed();

@@ -80,8 +80,10 @@ class MainWindow : public QMainWindow
     void SourceElevationMousePressed(void);
 
     void HomeStation(void);
+    void SourcesDisplay(void);
     void DxStation(void);
     void RigControl(void);
+    void Antenna(void);
     void About(void);
 
   private:

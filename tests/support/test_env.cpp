@@ -4,6 +4,7 @@
 #include "bus/position.h"
 #include "bus/sei_link.h"
 #include "core/clock.h"
+#include "core/drive.h"
 #include "core/panel_seam.h"
 #include "core/settings.h"
 #include "core/state.h"
@@ -35,6 +36,7 @@ void test_reset_state(void)
     position_reset();
     rig_reset();
     rig_files_set_folder(nullptr);
+    drive_set_bus(nullptr);
 }
 
 std::string test_read_file(const std::string &path)
