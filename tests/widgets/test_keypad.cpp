@@ -110,18 +110,16 @@ TEST_F(Keys, ShiftLockAndModeKeys)
     const QString gray = panel_style_text(STYLE_GRAY);
     touch(board.ui->KeyUpArrow);
     EXPECT_TRUE(board.ui->KeyUpArrow->styleSheet().contains("DarkBlue"));
-    touch(board.ui->Key37);
-    touch(board.ui->Key11, 2);
-    EXPECT_STREQ("<QQ", board.value);
     touch(board.ui->KeyMode);
     EXPECT_EQ(QString("+"), board.ui->Key11->text());
     EXPECT_TRUE(board.shifted);
     touch(board.ui->KeyMode);
     EXPECT_EQ(QString("Q"), board.ui->Key11->text());
+    touch(board.ui->Key11);
     touch(board.ui->KeyUpArrow);
     EXPECT_EQ(gray, board.ui->KeyUpArrow->styleSheet());
-    touch(board.ui->Key37);
-    EXPECT_STREQ("<QQ,", board.value);
+    touch(board.ui->Key11);
+    EXPECT_STREQ("Qq", board.value);
 
     touch(board.ui->KeyMode);
     EXPECT_EQ(QString("ABC"), board.ui->KeyMode->text());
@@ -183,24 +181,4 @@ TEST_F(Keys, EnterTextAndNumberHandBackTheAnswer)
     char call[16] = "K1JT";
     EXPECT_EQ(0, EnterText("Callsign", call, 12));
     EXPECT_STREQ("K1JT", call);
-}
-
-TEST_F(Keys, ScriptedAnswersAreTypedUnderTheFieldsLimit)
-{
-    const std::string sevens(30, '7');
-    const char *const answers[] = {"144.5", nullptr, sevens.c_str(), "W1AW"};
-    enter_set_answers(answers, 4);
-    char number[32] = "1296";
-    EXPECT_EQ(1, EnterNumber(number, 20));
-    EXPECT_STREQ("144.5", number);
-    EXPECT_EQ(0, EnterNumber(number, 20));
-    EXPECT_STREQ("144.5", number);
-    EXPECT_EQ(1, EnterNumber(number, 20));
-    EXPECT_EQ(std::string(17, '7'), number);
-    char call[16] = "DL7APV";
-    EXPECT_EQ(1, EnterText("Callsign", call, 12));
-    EXPECT_STREQ("W1AW", call);
-    // Out of answers: declined.
-    EXPECT_EQ(0, EnterText("Callsign", call, 12));
-    EXPECT_EQ(5, enter_call_count);
 }
