@@ -97,7 +97,6 @@ TEST_F(DisplayGroup, DopplerLabelsForHomeDxAndMutual)
     dx_latitude = 35.7;
     dx_longitude = 139.7;
     run_at(18, 17, 16, SOURCE_MOON);
-    EXPECT_NEAR(source_table[SOURCE_MOON].doppler_hz, 448.81, 0.01);
     EXPECT_TRUE(dx_source_record.computed && !dx_source_record.above_horizon);
     EXPECT_EQ(text(PANEL_HOME_DOPPLER), "    449 Hz");
     EXPECT_EQ(text(PANEL_DX_DOPPLER), "      0 Hz");

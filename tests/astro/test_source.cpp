@@ -198,8 +198,9 @@ TEST_F(Source, MoonRowCarriesTheEmeFigures)
 }
 
 // A Moon or Sun that is up shows the rise it had, not libnova's coming one
-// (London 1992-04-12 00:00 UT, the Moon high in the south). Sydney 01:00 UT (11:00 local): the Sun rose the UT day
-// before; at 10:00 UT, after the 06:54 UT set, the set moves to the next evening and the rise is tomorrow's 21:00 UT.
+// (London 1992-04-12 00:00 UT, the Moon up). Sydney 01:00 UT (11:00 local):
+// the Sun rose the UT day before; at 10:00 UT, after the 06:54 UT set, the
+// set moves to the next evening and the rise is tomorrow's 21:00 UT.
 TEST_F(Source, RiseAndSetOfTheMoonAndSun)
 {
     struct Row
