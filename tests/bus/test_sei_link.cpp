@@ -28,17 +28,31 @@ static std::string sei_debug_log(void)
     return test_read_file(path);
 }
 
-class SeiSettingsFile : public ::testing::Test
+class SeiLink : public ::testing::Test
 {
   protected:
+    PtyPeer peer = {-1, -1, ""};
     void SetUp() override
     {
         test_reset_state();
         test_clear_settings();
+        ASSERT_EQ(0, pty_peer_open(&peer));
+    }
+    void TearDown() override
+    {
+        sei_link_reset();
+        pty_peer_close(&peer);
+    }
+    speed_t line_speed(void)
+    {
+        struct termios tio;
+        EXPECT_EQ(0, tcgetattr(peer.slave_keep, &tio));
+        EXPECT_FALSE(tio.c_lflag & (ICANON | ECHO));
+        return cfgetospeed(&tio);
     }
 };
 
-TEST_F(SeiSettingsFile, OddValuesAreNormalisedWhenWrittenBack)
+TEST_F(SeiLink, OddValuesAreNormalisedWhenWrittenBack)
 {
     struct Row
     {
@@ -61,7 +75,7 @@ TEST_F(SeiSettingsFile, OddValuesAreNormalisedWhenWrittenBack)
     }
 }
 
-TEST_F(SeiSettingsFile, FailedOpenSavesTheDefaultsAndTheClosedPortFailsAtOnce)
+TEST_F(SeiLink, FailedOpenSavesTheDefaultsAndTheClosedPortFailsAtOnce)
 {
     struct stat st;
     if (stat("/dev/ttyUSB0", &st) == 0)
@@ -112,30 +126,6 @@ TEST(SeiLineSettings, SizeParityStopBitsAndKeptFlowControl)
         EXPECT_EQ((speed_t)B19200, cfgetospeed(&tio));
     }
 }
-
-class SeiLink : public ::testing::Test
-{
-  protected:
-    PtyPeer peer = {-1, -1, ""};
-    void SetUp() override
-    {
-        test_reset_state();
-        test_clear_settings();
-        ASSERT_EQ(0, pty_peer_open(&peer));
-    }
-    void TearDown() override
-    {
-        sei_link_reset();
-        pty_peer_close(&peer);
-    }
-    speed_t line_speed(void)
-    {
-        struct termios tio;
-        EXPECT_EQ(0, tcgetattr(peer.slave_keep, &tio));
-        EXPECT_FALSE(tio.c_lflag & (ICANON | ECHO));
-        return cfgetospeed(&tio);
-    }
-};
 
 static int settle_sleeps;
 static void count_sleep(int ms)

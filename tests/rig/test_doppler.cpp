@@ -108,15 +108,6 @@ TEST_F(DopplerButtons, DxWithoutStationStaysOffAndHomeWithoutGridSwitchesDoppler
     EXPECT_STREQ(panel_last_status, "Doppler Control is OFF");
 }
 
-TEST_F(DopplerButtons, OmniRigWithoutFileOrPortStaysInactive)
-{
-    text_copy(settings.OmniRigFilename, sizeof settings.OmniRigFilename, "Simulator CI-V.ini");
-    text_copy(settings.PortName, sizeof settings.PortName, "/dev/no-such-port");
-    doppler_omnirig_pressed();
-    EXPECT_EQ(settings.OmniRigActive, 0);
-    EXPECT_STREQ(panel_last_status, "OmniRig is inactive");
-}
-
 TEST_F(DopplerButtons, RigOffShowsTheStationFrequency)
 {
     settings.Frequency = 1296.1;

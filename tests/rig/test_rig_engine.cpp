@@ -223,7 +223,7 @@ TEST_F(RigEngineCat, WalksFromRecordZeroOrOneAndStopsAtAGap)
     EXPECT_EQ(sent, (std::vector<std::string>{"> ID;", "> FB;"}));
 }
 
-TEST_F(RigEngineCat, NoTerminatorWithin64BytesIsIncomplete)
+TEST_F(RigEngineCat, NoTerminatorWithin64BytesIsIncompleteAndAFixedLengthWinsOverTheTerminator)
 {
     snprintf(rig_param_text[pmFreqA], RIG_TEXT_SIZE, "9");
     rigsim_command(&sim, "noise 100");
@@ -231,15 +231,11 @@ TEST_F(RigEngineCat, NoTerminatorWithin64BytesIsIncomplete)
     rig_issue_command(&rig_status[1], reply);
     EXPECT_STREQ(rig_param_text[pmFreqA], "9");
     EXPECT_EQ(reply[63], 'a' + 63 % 26);
-}
-
-TEST_F(RigEngineCat, FixedLengthWinsOverTerminator)
-{
+    rigsim_command(&sim, "noise 0");
     RigCommand record = rig_status[1];
     record.ReplyLength = 5; // "FA001": stops before the ';'
     record.validate_length = 0;
     record.values[1] = value(2, 3, vfText, pmFreqA);
-    uint8_t reply[RIG_REPLY_SIZE];
     rig_issue_command(&record, reply);
     EXPECT_STREQ(rig_param_text[pmFreqA], "001");
 }
