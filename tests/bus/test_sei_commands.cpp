@@ -33,7 +33,8 @@ class SeiCommands : public ::testing::Test
 // line, what it returns for the reply given, and (below) what it unpacked.
 TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
 {
-    uint8_t status = 0, set_status = 0, level = 0;
+    uint8_t status = 0, set_status = 0, level = 0, crc = 0;
+    EncoderFactoryInfo info = {};
     uint16_t adc = 0, resolution = 1234, reg = 0;
     int16_t temperature = 0;
     uint32_t small = 0, wide = 0, ppr = 0, brt = 1, brt_fault = 1;
@@ -59,6 +60,10 @@ TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
         {{0xFF, 0xF6, 0x00}, [&] { return sei_read_thermometer(5, &temperature, &status); }, 0, {0xF5, 0x19}},
         {{0x00, 0x00, 0x10, 0x00, 0x01, 0x00}, [&] { return sei_read_ppr(1, &ppr, &level, &status); }, 0, {0xF1, 0x2A}},
         {{0x8C, 0xA0}, [&] { return sei_read_resolution(0, &resolution, &status); }, 1, {0xF0, 0x09}},
+        {{0x00, 0x19, 0x01, 0x00, 0x02, 0x01, 0x00, 0x00, 0x07, 0xD0, 0x05, 0x1D, 0x07, 0xE9, 0x5A},
+         [&] { return sei_read_factory_info(7, &info, &crc); },
+         0,
+         {0xF7, 0x08}},
         {{0x00}, [&] { return sei_assign_address(3, 1001, 5, &status); }, 0, {0xF3, 0x07, 0x00, 0x00, 0x03, 0xE9, 0x05}},
         {{0x04}, [&] { return sei_set_position(0, 0x00, 0x12345678u, &set_status); }, 0, {0xF0, 0x02, 0x56, 0x78}},
         {{0x00},
@@ -102,6 +107,9 @@ TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
     EXPECT_EQ(0x1234, reg);
     EXPECT_EQ(9000u, brt);
     EXPECT_EQ(0u, brt_fault);
+    EXPECT_EQ(2000u, info.Serial);
+    EXPECT_EQ(29 * 10000 + 2025, info.Day * 10000 + info.Year);
+    EXPECT_EQ(0x5A, crc);
 }
 
 TEST_F(SeiCommands, NoiseIsTakenAsItComesAndTheRestWaits)

