@@ -27,14 +27,17 @@ TEST_F(SimBus, SeiEncodersReadTheMountWithOneSetUpAndOnePositionFramePerAxis)
     EXPECT_EQ(0, el_changed);
 }
 
-TEST_F(SimBus, ThirtyTwoBitAndMultiTurnModesAreFetchedAtSetUp)
+TEST_F(SimBus, ModesAreFetchedAtSetUpAndAZeroResolutionDoesNotStopThePass)
 {
     control("mode 0 0x14");
     control("set az 90");
+    control("set el 30");
+    sim->station.encoders[1].resolution = 0;
     EXPECT_EQ(0, ReadPosition());
     EXPECT_EQ(0x14, az_mode);
     EXPECT_EQ(1024u, az_range);
     EXPECT_DOUBLE_EQ(90.0, az_position);
+    EXPECT_DOUBLE_EQ(30.0, el_position);
 }
 
 TEST_F(SimBus, BrtEncodersAreScaledAndADisconnectedOneFailsLikeASilentDevice)
@@ -72,7 +75,7 @@ TEST_F(SimBus, SilentAzimuthShowsTheErrorKeepsThePositionAndCarriesOver)
     EXPECT_EQ(1, frames_seen("> 11"));
 }
 
-TEST_F(SimBus, ElevationSetUpRunsDespiteTheCarriedFailure)
+TEST_F(SimBus, SetUpIsRepeatedOnlyWhileItFailsAndElevationSetUpRunsDespiteTheCarriedFailure)
 {
     control("silent 0 on");
     control("set el 60");
@@ -80,12 +83,6 @@ TEST_F(SimBus, ElevationSetUpRunsDespiteTheCarriedFailure)
     EXPECT_EQ(0, el_read_status);
     EXPECT_DOUBLE_EQ(60.0, el_position);
     EXPECT_STREQ("Azimuth read error", panel_last_status);
-}
-
-TEST_F(SimBus, SetUpIsRepeatedOnlyWhileItFails)
-{
-    control("silent 0 on");
-    ReadPosition();
     ReadPosition();
     EXPECT_EQ(2, frames_seen("> F0 09"));
     control("silent 0 off");
@@ -113,14 +110,6 @@ TEST_F(SimBus, ShortAndLateRepliesAreReadErrors)
     control("late 0 400");
     EXPECT_EQ(1, ReadPosition());
     EXPECT_EQ(1, az_read_status);
-}
-
-TEST_F(SimBus, ZeroResolutionFromTheDeviceDoesNotStopThePass)
-{
-    control("set az 90");
-    sim->station.encoders[0].resolution = 0;
-    EXPECT_EQ(0, ReadPosition());
-    EXPECT_DOUBLE_EQ(90.0, az_position);
 }
 
 TEST_F(SimBus, AnalogueSamplesComeThroughTheModuleFirstUnsmoothed)
