@@ -6,7 +6,7 @@
 
 #include <string>
 
-TEST(DopplerRound, HalvesGoAwayFromZero)
+TEST(DopplerArithmetic, HalvesGoAwayFromZeroAndTheCorrectionFollowsTheMode)
 {
     struct Row
     {
@@ -17,10 +17,6 @@ TEST(DopplerRound, HalvesGoAwayFromZero)
     {
         EXPECT_EQ(doppler_round(row.hz), row.want) << row.hz;
     }
-}
-
-TEST(DopplerCorrection, ByMode)
-{
     test_reset_state();
     settings.TrackingSource = SOURCE_MOON;
     source_table[SOURCE_MOON].doppler_hz = 400.0;

@@ -35,16 +35,12 @@ class RigsimCiv : public ::testing::Test
     }
 };
 
-TEST_F(RigsimCiv, FrequencyIsFiveBcdBytesLowestFirst)
+TEST_F(RigsimCiv, FiveBcdBytesLowestFirstForSelectedAndUnselectedVfo)
 {
     uint8_t bcd[5];
     rigsim_civ_put_frequency(144123456, bcd);
     EXPECT_EQ(Bytes(bcd, bcd + 5), (Bytes{0x56, 0x34, 0x12, 0x44, 0x01}));
     EXPECT_EQ(rigsim_civ_get_frequency(bcd), 144123456);
-}
-
-TEST_F(RigsimCiv, ReadsAndSetsSelectedAndUnselectedVfo)
-{
     radio.vfo[0] = 1296000000;
     radio.vfo[1] = 144000000;
     EXPECT_EQ(civ(&radio, {0xFE, 0xFE, 0xA2, 0xE0, 0x25, 0x00, 0xFD}),
@@ -55,15 +51,12 @@ TEST_F(RigsimCiv, ReadsAndSetsSelectedAndUnselectedVfo)
     // With B in use, "selected" is B.
     civ(&radio, {0xFE, 0xFE, 0xA2, 0xE0, 0x07, 0x01, 0xFD});
     EXPECT_EQ(civ(&radio, {0xFE, 0xFE, 0xA2, 0xE0, 0x03, 0xFD})[5], 0x01);
-}
-
-TEST_F(RigsimCiv, AnswersOnlyItsOwnAddressAndRefusesWhatItDoesNotKnow)
-{
+    // Only its own address is answered; what it does not know is refused.
     EXPECT_TRUE(civ(&radio, {0xFE, 0xFE, 0x94, 0xE0, 0x03, 0xFD}).empty());
     EXPECT_EQ(civ(&radio, {0xFE, 0xFE, 0xA2, 0xE0, 0x7F, 0xFD}), (Bytes{0xFE, 0xFE, 0xE0, 0xA2, 0xFA, 0xFD}));
     // A transceive announcement sets, and is not answered.
     EXPECT_TRUE(civ(&radio, {0xFE, 0xFE, 0x00, 0xE0, 0x00, 0x00, 0x00, 0x00, 0x32, 0x04, 0xFD}).empty());
-    EXPECT_EQ(radio.vfo[0], 432000000);
+    EXPECT_EQ(radio.vfo[1], 432000000); // into the VFO in use
 }
 
 TEST_F(RigsimCiv, StreamFindsFramesInNoise)
