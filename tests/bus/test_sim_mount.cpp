@@ -38,10 +38,13 @@ TEST_F(SimMountPhysics, RelayOnlyAxesRunAtTopSpeedInTheirDirection)
     out[1].relay[1] = 1;
     run(10, 100);
     EXPECT_NEAR(31.0, m.el, 1e-9);
+    out[1].relay[1] = 0;
+    out[1].relay[2] = 1;
+    run(10, 100);
     // No time is no motion.
     mount_advance(&m, out, 0);
     mount_advance(&m, out, -50);
-    EXPECT_NEAR(31.0, m.el, 1e-9);
+    EXPECT_NEAR(30.0, m.el, 1e-9);
     EXPECT_NEAR(98.0, m.az, 1e-9);
 }
 
