@@ -36,13 +36,12 @@ int pty_peer_open(PtyPeer *peer)
 
 void pty_peer_close(PtyPeer *peer)
 {
-    if (peer->slave_keep >= 0)
+    for (int fd : {peer->slave_keep, peer->master})
     {
-        close(peer->slave_keep);
-    }
-    if (peer->master >= 0)
-    {
-        close(peer->master);
+        if (fd >= 0)
+        {
+            close(fd);
+        }
     }
     peer->master = peer->slave_keep = -1;
 }

@@ -6,6 +6,7 @@
 #include "bus/sei_link.h"
 
 #include <cstring>
+#include <functional>
 #include <gtest/gtest.h>
 
 typedef std::vector<uint8_t> Bytes;
@@ -26,195 +27,89 @@ class SeiCommands : public ::testing::Test
         sei_link_reset();
         pty_peer_close(&peer);
     }
-    // What the program put on the line since the last look.
-    Bytes sent(void)
-    {
-        return pty_peer_read(&peer, 64, 20);
-    }
 };
 
-TEST_F(SeiCommands, PositionReadsOneTwoOrFourBytes)
+// Each command against a peer that plays the device: the frame it puts on the
+// line, what it returns for the reply given, and (below) what it unpacked.
+TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
 {
-    uint32_t position = 5;
-    pty_peer_write(&peer, {0x2A});
-    EXPECT_EQ(0, sei_read_position(0, 0x00, &position));
-    EXPECT_EQ(42u, position);
-    EXPECT_EQ(Bytes{0x10}, sent());
-
-    pty_peer_write(&peer, {0x00, 0x01, 0x86, 0xA0});
-    EXPECT_EQ(0, sei_read_position(4, MODE_32BIT, &position));
-    EXPECT_EQ(100000u, position);
-    EXPECT_EQ(Bytes{0x14}, sent());
-
-    pty_peer_write(&peer, {0x00, 0x01, 0x86});
-    EXPECT_EQ(1, sei_read_position(4, MODE_32BIT, &position));
-    EXPECT_EQ(100000u, position);
-
-    EXPECT_EQ(1, sei_read_position(1, 0x00, &position));
-    EXPECT_EQ(100000u, position);
-}
-
-TEST_F(SeiCommands, ReadsUnpackTheirReplies)
-{
-    uint16_t u16 = 0;
-    int16_t i16 = 0;
-    uint32_t u32 = 0;
-    uint8_t status = 9, level = 0, byte = 0;
-
-    pty_peer_write(&peer, {0x34, 0x12, 0x00});
-    EXPECT_EQ(0, sei_read_adc(0, 2, &u16, &status));
-    EXPECT_EQ(0x1234, u16);
-    EXPECT_EQ((Bytes{0xF0, 0x34, 0x02}), sent());
-
-    pty_peer_write(&peer, {0xFF, 0xF6, 0x00});
-    EXPECT_EQ(0, sei_read_thermometer(5, &i16, &status));
-    EXPECT_EQ(-10, i16);
-    EXPECT_EQ((Bytes{0xF5, 0x19}), sent());
-
-    pty_peer_write(&peer, {0x00, 0x0F, 0x74, 0x24, 0x03});
-    EXPECT_EQ(0, sei_read_barometer(5, &u32, &status));
-    EXPECT_EQ(1012772u, u32);
-    EXPECT_EQ(3, status);
-    EXPECT_EQ((Bytes{0xF5, 0x1A}), sent());
-
-    pty_peer_write(&peer, {0x00, 0x00, 0x10, 0x00, 0x01, 0x00});
-    EXPECT_EQ(0, sei_read_ppr(1, &u32, &level, &status));
-    EXPECT_EQ(4096u, u32);
-    EXPECT_EQ(1, level);
-    EXPECT_EQ((Bytes{0xF1, 0x2A}), sent());
-
-    pty_peer_write(&peer, {0xFB, 0x00});
-    EXPECT_EQ(0, sei_read_gpio(0, &byte, &status));
-    EXPECT_EQ(0xFB, byte);
-    EXPECT_EQ((Bytes{0xF0, 0x36}), sent());
-
-    pty_peer_write(&peer, {0x8C, 0xA0, 0x00});
-    EXPECT_EQ(0, sei_read_resolution(1, &u16, &status));
-    EXPECT_EQ(36000, u16);
-}
-
-TEST_F(SeiCommands, FailedReadLeavesResultsAlone)
-{
-    uint16_t resolution = 1234;
-    uint8_t status = 77;
-    pty_peer_write(&peer, {0x8C, 0xA0});
-    EXPECT_EQ(1, sei_read_resolution(0, &resolution, &status));
-    EXPECT_EQ(1234, resolution);
-    EXPECT_EQ(77, status);
-}
-
-TEST_F(SeiCommands, FactoryRecordComesWhole)
-{
-    pty_peer_write(&peer, {0x00, 0x19, 0x01, 0x00, 0x02, 0x01, 0x00, 0x00, 0x07, 0xD0, 0x05, 0x1D, 0x07, 0xE9, 0x5A});
+    uint8_t status = 0, set_status = 0, level = 0, crc = 0;
     EncoderFactoryInfo info = {};
-    uint8_t crc = 0;
-    EXPECT_EQ(0, sei_read_factory_info(7, &info, &crc));
-    EXPECT_EQ(2000u, info.Serial);
-    EXPECT_EQ(0x5A, crc);
-    EXPECT_EQ((Bytes{0xF7, 0x08}), sent());
-}
-
-TEST_F(SeiCommands, WritesSendTheirArgumentsAndPassTheStatusOut)
-{
-    uint8_t status = 0;
-    pty_peer_write(&peer, {0x00});
-    EXPECT_EQ(0, sei_assign_address(3, 1001, 5, &status));
-    EXPECT_EQ((Bytes{0xF3, 0x07, 0x00, 0x00, 0x03, 0xE9, 0x05}), sent());
-
-    pty_peer_write(&peer, {0x04});
-    EXPECT_EQ(0, sei_set_position(0, 0x00, 0x12345678u, &status));
-    EXPECT_EQ(4, status);
-    EXPECT_EQ((Bytes{0xF0, 0x02, 0x56, 0x78}), sent());
-
-    pty_peer_write(&peer, {0x00});
-    EXPECT_EQ(0, sei_set_position(0, MODE_32BIT, 0x12345678u, &status));
-    EXPECT_EQ((Bytes{0xF0, 0x02, 0x12, 0x34, 0x56, 0x78}), sent());
-
-    pty_peer_write(&peer, {0x00});
-    EXPECT_EQ(0, sei_write_ppr(1, 4096, 1, &status));
-    EXPECT_EQ((Bytes{0xF1, 0x2B, 0x00, 0x00, 0x10, 0x00, 0x01}), sent());
-
-    pty_peer_write(&peer, {0x00});
-    EXPECT_EQ(0, sei_pwm_control(0, 3, 60, &status));
-    EXPECT_EQ((Bytes{0xF0, 0x33, 0x03, 0x3C}), sent());
-
-    EXPECT_EQ(1, sei_relay_control(1, 2, 1, &status));
-    EXPECT_EQ((Bytes{0xF1, 0x32, 0x02, 0x01}), sent());
-}
-
-TEST_F(SeiCommands, DisplayTextOfTwentyGoesOutAndTwentyOneIsRefused)
-{
-    char text[32];
-    memset(text, 'A', sizeof text);
-    uint8_t status = 0;
-    pty_peer_write(&peer, {0x00});
-    EXPECT_EQ(0, sei_display_msg(0, 1, 2, 20, text, &status));
-    Bytes frame = sent();
-    ASSERT_EQ(25u, frame.size());
-    EXPECT_EQ(0xF0, frame[0]);
-    EXPECT_EQ(0x35, frame[1]);
-    EXPECT_EQ(20, frame[4]);
-
-    EXPECT_EQ(21, sei_display_msg(0, 1, 2, 21, text, &status));
-    EXPECT_TRUE(sent().empty());
-
-    pty_peer_write(&peer, {0x00});
-    EXPECT_EQ(0, sei_display_msg(1, 0, 1, 4, "AZ ", &status));
-    EXPECT_EQ((Bytes{0xF1, 0x35, 0x00, 0x01, 0x04, 'A', 'Z', ' ', 0x00}), sent());
-}
-
-TEST_F(SeiCommands, SleepAndWakeUpWaitForNothing)
-{
-    pty_peer_write(&peer, {0x99});
-    EXPECT_EQ(0, sei_sleep(15));
-    EXPECT_EQ(0, sei_wakeup());
-    EXPECT_EQ((Bytes{0x5F, 0x6F}), sent());
-}
-
-TEST_F(SeiCommands, RegisterFramesJudgeTheStatusByte)
-{
-    uint16_t value = 0;
-    pty_peer_write(&peer, {0x12, 0x34, 0x05});
-    EXPECT_EQ(5, brt_read_register(2, 0, &value));
-    EXPECT_EQ(0x1234, value);
-    EXPECT_EQ((Bytes{0x72, 0x00, 0x00}), sent());
-
-    value = 9;
-    pty_peer_write(&peer, {0x12, 0x34});
-    EXPECT_EQ(1, brt_read_register(2, 0, &value));
-    EXPECT_EQ(9, value);
-    sent();
-
-    pty_peer_write(&peer, {0x00});
-    EXPECT_EQ(0, brt_write_register(3, 11, 0xABCD));
-    EXPECT_EQ((Bytes{0x83, 0x00, 0x0B, 0xAB, 0xCD}), sent());
-}
-
-TEST_F(SeiCommands, BrtPositionIsScaledAndZeroedOnAFault)
-{
+    uint16_t adc = 0, resolution = 1234, reg = 0;
+    int16_t temperature = 0;
+    uint32_t small = 0, wide = 0, ppr = 0, brt = 1, brt_fault = 1;
     encoders[2].PPR = 4096;
     encoders[2].Resolution = 36000;
-    uint32_t position = 1;
-    pty_peer_write(&peer, {0x04, 0x00, 0x00});
-    EXPECT_EQ(0, brt_read_position(2, 0, &position));
-    EXPECT_EQ(9000u, position);
-
-    pty_peer_write(&peer, {0x00, 0x00, 0x02});
-    EXPECT_EQ(2, brt_read_position(2, 0, &position));
-    EXPECT_EQ(0u, position);
-}
-
-TEST_F(SeiCommands, BrtModeWritesTheInverseDirection)
-{
-    pty_peer_write(&peer, {0x00});
-    EXPECT_EQ(0, brt_set_mode(2, MODE_DIRECTION));
-    EXPECT_EQ((Bytes{0x82, 0x00, 0x09, 0x00, 0x00}), sent());
-    pty_peer_write(&peer, {0x00});
-    EXPECT_EQ(0, brt_set_mode(2, 0));
-    EXPECT_EQ((Bytes{0x82, 0x00, 0x09, 0x00, 0x01}), sent());
-    pty_peer_write(&peer, {0x00});
-    EXPECT_EQ(0, brt_set_address(2, 6));
-    EXPECT_EQ((Bytes{0x82, 0x00, 0x04, 0x00, 0x06}), sent());
+    char twenty[21];
+    memset(twenty, 'A', 20);
+    twenty[20] = 0;
+    Bytes display20 = {0xF0, 0x35, 0x01, 0x02, 20};
+    display20.insert(display20.end(), 20, 'A');
+    struct Row
+    {
+        Bytes reply;
+        std::function<int()> call;
+        int want;
+        Bytes frame;
+    };
+    const Row rows[] = {
+        {{0x2A}, [&] { return sei_read_position(0, 0x00, &small); }, 0, {0x10}},
+        {{0x00, 0x01, 0x86, 0xA0}, [&] { return sei_read_position(4, MODE_32BIT, &wide); }, 0, {0x14}},
+        {{0x00, 0x01, 0x86}, [&] { return sei_read_position(4, MODE_32BIT, &wide); }, 1, {0x14}},
+        {{0x34, 0x12, 0x00}, [&] { return sei_read_adc(0, 2, &adc, &status); }, 0, {0xF0, 0x34, 0x02}},
+        {{0xFF, 0xF6, 0x00}, [&] { return sei_read_thermometer(5, &temperature, &status); }, 0, {0xF5, 0x19}},
+        {{0x00, 0x00, 0x10, 0x00, 0x01, 0x00}, [&] { return sei_read_ppr(1, &ppr, &level, &status); }, 0, {0xF1, 0x2A}},
+        {{0x8C, 0xA0}, [&] { return sei_read_resolution(0, &resolution, &status); }, 1, {0xF0, 0x09}},
+        {{0x00, 0x19, 0x01, 0x00, 0x02, 0x01, 0x00, 0x00, 0x07, 0xD0, 0x05, 0x1D, 0x07, 0xE9, 0x5A},
+         [&] { return sei_read_factory_info(7, &info, &crc); },
+         0,
+         {0xF7, 0x08}},
+        {{0x00}, [&] { return sei_assign_address(3, 1001, 5, &status); }, 0, {0xF3, 0x07, 0x00, 0x00, 0x03, 0xE9, 0x05}},
+        {{0x04}, [&] { return sei_set_position(0, 0x00, 0x12345678u, &set_status); }, 0, {0xF0, 0x02, 0x56, 0x78}},
+        {{0x00},
+         [&] { return sei_set_position(0, MODE_32BIT, 0x12345678u, &status); },
+         0,
+         {0xF0, 0x02, 0x12, 0x34, 0x56, 0x78}},
+        {{0x00}, [&] { return sei_pwm_control(0, 3, 60, &status); }, 0, {0xF0, 0x33, 0x03, 0x3C}},
+        {{}, [&] { return sei_relay_control(1, 2, 1, &status); }, 1, {0xF1, 0x32, 0x02, 0x01}},
+        {{0x00}, [&] { return sei_display_msg(0, 1, 2, 20, twenty, &status); }, 0, display20},
+        {{}, [&] { return sei_display_msg(0, 1, 2, 21, "AAAAAAAAAAAAAAAAAAAAA", &status); }, 21, {}},
+        {{0x00},
+         [&] { return sei_display_msg(1, 0, 1, 4, "AZ ", &status); },
+         0,
+         {0xF1, 0x35, 0x00, 0x01, 0x04, 'A', 'Z', ' ', 0x00}},
+        {{0x12, 0x34, 0x05}, [&] { return brt_read_register(2, 0, &reg); }, 5, {0x72, 0x00, 0x00}},
+        {{0x00}, [&] { return brt_write_register(3, 11, 0xABCD); }, 0, {0x83, 0x00, 0x0B, 0xAB, 0xCD}},
+        {{0x04, 0x00, 0x00}, [&] { return brt_read_position(2, 0, &brt); }, 0, {0x72, 0x00, 0x00}},
+        {{0x00, 0x00, 0x02}, [&] { return brt_read_position(2, 0, &brt_fault); }, 2, {0x72, 0x00, 0x00}},
+        {{0x00}, [&] { return brt_set_mode(2, MODE_DIRECTION); }, 0, {0x82, 0x00, 0x09, 0x00, 0x00}},
+        {{0x00}, [&] { return brt_set_mode(2, 0); }, 0, {0x82, 0x00, 0x09, 0x00, 0x01}},
+        // Sleep and wake-up wait for nothing, so a byte on the line stays there.
+        {{0x99}, [&] { return sei_sleep(15); }, 0, {0x5F}},
+        {{}, [&] { return sei_wakeup(); }, 0, {0x6F}},
+    };
+    int n = 0;
+    for (const Row &row : rows)
+    {
+        pty_peer_write(&peer, row.reply);
+        EXPECT_EQ(row.want, row.call()) << "row " << n;
+        EXPECT_EQ(row.frame, pty_peer_read(&peer, 64, 20)) << "row " << n;
+        n++;
+    }
+    EXPECT_EQ(42u, small);
+    EXPECT_EQ(100000u, wide); // three of four bytes kept the last result
+    EXPECT_EQ(0x1234, adc);   // least significant byte first
+    EXPECT_EQ(-10, temperature);
+    EXPECT_EQ(4096u, ppr);
+    EXPECT_EQ(1, level);
+    EXPECT_EQ(1234, resolution);
+    EXPECT_EQ(4, set_status);
+    EXPECT_EQ(0x1234, reg);
+    EXPECT_EQ(9000u, brt);
+    EXPECT_EQ(0u, brt_fault);
+    EXPECT_EQ(2000u, info.Serial);
+    EXPECT_EQ(29 * 10000 + 2025, info.Day * 10000 + info.Year);
+    EXPECT_EQ(0x5A, crc);
 }
 
 TEST_F(SeiCommands, NoiseIsTakenAsItComesAndTheRestWaits)
