@@ -110,20 +110,6 @@ TEST_F(DriveOutputs, FramesAndSleepsInOrder)
     }
 }
 
-TEST_F(DriveOutputs, StartAndStopKeepTheFlagsAndTheArrow)
-{
-    az_right(1);
-    EXPECT_EQ(az_drive_on * 10 + az_pwm_port_state, 13) << "running, PWM on port 3";
-    EXPECT_EQ(panel_last_style[PANEL_RIGHT], STYLE_DARKRED);
-    az_right(0);
-    EXPECT_EQ(az_drive_on * 10 + az_pwm_port_state, 1);
-    EXPECT_EQ(panel_last_style[PANEL_RIGHT], STYLE_GRAY);
-    el_up(1);
-    all_pwm_off();
-    all_relays_off();
-    EXPECT_EQ(el_pwm_port_state * 10 + el_pwm_active + el_drive_on, 10) << "all off clears the flags";
-}
-
 class DriveModes : public DriveOutputs
 {
 };
@@ -175,7 +161,9 @@ TEST_F(DriveModes, AutoParkAndStopToggleEachOther)
 TEST_F(DriveModes, ManualToggleStopsTheAxisAndRedrawsItsButton)
 {
     az_right(1);
+    EXPECT_EQ(panel_last_style[PANEL_RIGHT], STYLE_DARKRED);
     drive_az_manual_pressed();
+    EXPECT_EQ(panel_last_style[PANEL_RIGHT], STYLE_GRAY) << "the stopped arrow goes gray";
     EXPECT_EQ(az_manual * 10 + az_drive_on, 10);
     EXPECT_STREQ(panel_last_text[PANEL_AZ_MANUAL], "MAN");
     EXPECT_EQ(panel_last_visible[PANEL_AZ_CALIBRATE], 1);
