@@ -68,19 +68,14 @@ void drive_test_settings(void)
     az_read_status = el_read_status = 0;
 }
 
-std::string bus_call_text(const BusCall &c)
-{
-    char text[48];
-    snprintf(text, sizeof text, "%s(%d,%d,%d)", c.kind == 'R' ? "relay" : "pwm", c.address, c.port, c.value);
-    return text;
-}
-
 std::string bus_calls_text(const std::vector<BusCall> &calls)
 {
     std::string text;
     for (const BusCall &c : calls)
     {
-        text += (text.empty() ? "" : " ") + bus_call_text(c);
+        char call[48];
+        snprintf(call, sizeof call, "%s(%d,%d,%d)", c.kind == 'R' ? "relay" : "pwm", c.address, c.port, c.value);
+        text += (text.empty() ? "" : " ") + std::string(call);
     }
     return text;
 }

@@ -11,10 +11,6 @@ struct BusCall
     int address;
     int port;
     int value;
-    bool operator==(const BusCall &o) const
-    {
-        return kind == o.kind && address == o.address && port == o.port && value == o.value;
-    }
 };
 
 struct DriveRecord
@@ -35,5 +31,5 @@ void drive_record_clear(void);
 // and both axes read without error at 0.
 void drive_test_settings(void);
 
-std::string bus_call_text(const BusCall &c);
+// The calls as "relay(1,3,1) pwm(1,3,0)".
 std::string bus_calls_text(const std::vector<BusCall> &calls);

@@ -96,15 +96,3 @@ void drive_sim_tick(DriveSim *sim)
         drive_step(settings.TrackingSource, through_north, az_hit, el_hit);
     }
 }
-
-std::vector<std::string> drive_sim_frames(const DriveSim *sim)
-{
-    std::vector<std::string> frames;
-    const SimStation &s = sim->station;
-    int count = s.frame_count < SIM_FRAME_LOG ? s.frame_count : SIM_FRAME_LOG;
-    for (int i = 0; i < count; i++)
-    {
-        frames.push_back(s.frames[(s.frame_count - count + i) % SIM_FRAME_LOG].text);
-    }
-    return frames;
-}

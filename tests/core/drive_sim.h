@@ -7,8 +7,6 @@
 #include "sim/devices.h"
 
 #include <cstdint>
-#include <string>
-#include <vector>
 
 struct DriveSim
 {
@@ -30,5 +28,3 @@ void drive_sim_start(DriveSim *sim);
 void drive_sim_tick(DriveSim *sim);
 // Hand the bus and sleeps back.
 void drive_sim_stop(void);
-// The last requests of the frame log, oldest first, as "> F0 32 04 01".
-std::vector<std::string> drive_sim_frames(const DriveSim *sim);

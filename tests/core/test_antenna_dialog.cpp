@@ -12,23 +12,16 @@
 
 TEST(AntennaValues, ComboIndicesFromStoredValues)
 {
-    struct
+    // A value off the lists shows the first item; duties round down to their 5 % step.
+    const double duties[][2] = {{5, 0}, {25, 4}, {100, 19}, {3, 0}, {27.5, 4}, {50, 9}};
+    for (auto &d : duties)
     {
-        double duty;
-        int index;
-    } duties[] = {{5, 0}, {25, 4}, {100, 19}, {3, 0}, {27.5, 4}, {50, 9}};
-    for (auto d : duties)
-    {
-        EXPECT_EQ(antenna_duty_index(d.duty), d.index) << d.duty;
+        EXPECT_EQ(antenna_duty_index(d[0]), (int)d[1]) << d[0];
     }
-    struct
+    const double guards[][2] = {{0.5, 0}, {2.0, 3}, {9.0, 17}, {10.0, 19}, {0.25, 0}, {10.5, 0}, {60, 0}};
+    for (auto &g : guards)
     {
-        double guard;
-        int index;
-    } guards[] = {{0.5, 0}, {2.0, 3}, {9.0, 17}, {10.0, 19}, {0.25, 0}, {10.5, 0}, {60, 0}};
-    for (auto g : guards)
-    {
-        EXPECT_EQ(antenna_guard_index(g.guard, 20), g.index) << g.guard;
+        EXPECT_EQ(antenna_guard_index(g[0], 20), (int)g[1]) << g[0];
     }
 }
 
@@ -41,14 +34,9 @@ class AntennaDialogTest : public ::testing::Test
         enter_reset();
         SystemSettings &s = settings;
         s.AzimuthSlowDutyCycle = 3;
-        s.AzimuthFastDutyCycle = 100;
-        s.AzimuthManualDutyCycle = 50;
-        s.AzimuthGuardTime = 2.0;
-        s.ElevationSlowDutyCycle = 25;
         s.ElevationGuardTime = 0.5;
         s.AzimuthJogTime = 40;
         s.AzimuthLimitMin = 0;
-        s.AzimuthLimitMax = 360;
         s.Azimuth_Stop = 0.25;
         s.ElevationJogEnable = 1;
     }
@@ -64,43 +52,21 @@ class AntennaDialogTest : public ::testing::Test
     }
 };
 
-TEST_F(AntennaDialogTest, ShowsTheStoredValuesWithoutWritingThemBack)
+TEST_F(AntennaDialogTest, ShowsTheStoredValuesAndEachControlWritesItsOwn)
 {
     AntennaDialog dialog;
-    EXPECT_EQ(dialog.size(), QSize(740, 435));
-    EXPECT_EQ(dialog.windowTitle(), "Tracking Parameters");
-    EXPECT_EQ(dialog.ui->AzSpeedSlowEdit->count(), 20);
-    EXPECT_EQ(dialog.ui->AzSpeedSlowEdit->itemText(0), "5%");
-    EXPECT_EQ(dialog.ui->AzSpeedSlowEdit->itemText(19), "100%");
     EXPECT_EQ(dialog.ui->AzSpeedSlowEdit->currentText(), "5%");
-    EXPECT_EQ(settings.AzimuthSlowDutyCycle, 3) << "filling the controls fires no slot";
-    EXPECT_EQ(dialog.ui->AzSpeedFastEdit->currentText(), "100%");
-    EXPECT_EQ(dialog.ui->AzGuardTimeEdit->currentText(), "2.00");
     EXPECT_EQ(dialog.ui->ElGuardTimeEdit->currentText(), "0.50");
-    EXPECT_EQ(dialog.ui->AzGuardTimeEdit->itemText(17), "9.0");
-    EXPECT_EQ(dialog.ui->AzJogTimeEdit->text(), "40");
-    EXPECT_EQ(dialog.ui->AzLimitMaxEdit->text(), "360.0");
     EXPECT_EQ(dialog.ui->AzLimitMinEdit->text(), "  0.0");
-    EXPECT_EQ(dialog.ui->AzStopEdit->text(), "0.2");
     EXPECT_TRUE(dialog.ui->ElJogEnable->isChecked());
-    EXPECT_FALSE(dialog.ui->AzJogEnable->isChecked());
-}
-
-TEST_F(AntennaDialogTest, CombosAndChecksWriteStraightIntoSettings)
-{
-    AntennaDialog dialog;
     dialog.ui->AzSpeedSlowEdit->setCurrentIndex(0);
-    EXPECT_EQ(settings.AzimuthSlowDutyCycle, 3) << "picking the shown item fires nothing";
+    EXPECT_EQ(settings.AzimuthSlowDutyCycle, 3) << "filling and picking the shown item fire nothing";
     dialog.ui->AzSpeedSlowEdit->setCurrentIndex(7);
     EXPECT_EQ(settings.AzimuthSlowDutyCycle, 40);
     dialog.ui->ElSpeedManualEdit->setCurrentIndex(19);
     EXPECT_EQ(settings.ElevationManualDutyCycle, 100);
     dialog.ui->AzGuardTimeEdit->setCurrentIndex(17);
     EXPECT_EQ(settings.AzimuthGuardTime, 9.0);
-    dialog.ui->ElGuardTimeEdit->setCurrentIndex(19);
-    EXPECT_EQ(settings.ElevationGuardTime, 10.0);
-    dialog.ui->AzJogEnable->click();
-    EXPECT_EQ(settings.AzimuthJogEnable, 1);
     dialog.ui->ElJogEnable->click();
     EXPECT_EQ(settings.ElevationJogEnable, 0);
 }
@@ -121,6 +87,7 @@ TEST_F(AntennaDialogTest, ValueButtonsTakeWhatAtofMakesOfTheKeypad)
         {&Ui::AntennaDialog::AzStartEdit, &settings.Azimuth_Start, "abc", 0},
         {&Ui::AntennaDialog::ElServiceEdit, &settings.Service_Elevation, "12.345", 12.345},
         {&Ui::AntennaDialog::AzSlowDegreesEdit, &settings.AzimuthSlowDegrees, "7.", 7},
+        {&Ui::AntennaDialog::AzStopEdit, &settings.Azimuth_Stop, nullptr, 0.2}, // cancelled: the one-decimal text
     };
     AntennaDialog dialog;
     for (auto r : rows)
@@ -128,20 +95,9 @@ TEST_F(AntennaDialogTest, ValueButtonsTakeWhatAtofMakesOfTheKeypad)
         answer(r.typed);
         QPushButton *button = dialog.ui->*r.button;
         emit button->pressed();
-        EXPECT_EQ(enter_last_max_length, 10) << r.typed;
         EXPECT_DOUBLE_EQ(*r.field, r.want) << r.typed;
-        EXPECT_EQ(button->text(), r.typed) << "the button shows what was typed";
+        EXPECT_EQ(button->text(), r.typed ? r.typed : "0.2") << "the button shows what was typed";
     }
-}
-
-TEST_F(AntennaDialogTest, CancelledKeypadLeavesTheOneDecimalText)
-{
-    AntennaDialog dialog;
-    answer(nullptr);
-    emit dialog.ui->AzStopEdit->pressed();
-    EXPECT_STREQ(enter_last_text, "0.2");
-    EXPECT_DOUBLE_EQ(settings.Azimuth_Stop, 0.2);
-    EXPECT_EQ(dialog.ui->AzStopEdit->text(), "0.2");
 }
 
 TEST_F(AntennaDialogTest, JogTimeTakesOnlyOneToOneHundred)
@@ -181,12 +137,11 @@ TEST_F(AntennaDialogTest, EveryTouchTargetIsAtLeastFortyPixelsHigh)
 {
     AntennaDialog dialog;
     dialog.show();
-    for (QPushButton *b : dialog.findChildren<QPushButton *>())
+    for (QWidget *w : dialog.findChildren<QWidget *>())
     {
-        EXPECT_GE(b->height(), 40) << b->objectName().toStdString();
-    }
-    for (QComboBox *c : dialog.findChildren<QComboBox *>())
-    {
-        EXPECT_GE(c->height(), 40) << c->objectName().toStdString();
+        if (qobject_cast<QPushButton *>(w) || qobject_cast<QComboBox *>(w))
+        {
+            EXPECT_GE(w->height(), 40) << w->objectName().toStdString();
+        }
     }
 }

@@ -25,147 +25,89 @@ class DriveOutputs : public ::testing::Test
     }
 };
 
-TEST_F(DriveOutputs, StartSetsDutyBeforeRelayAndStopCutsRelayFirst)
+// Each row runs its commands on a fresh station and reads the frames and
+// sleeps they produced.
+struct FrameRow
 {
-    set_az_duty_cycle(60);
-    sent();
-    az_right(1);
-    EXPECT_EQ(sent(), "pwm(1,4,60) relay(1,4,1)");
-    EXPECT_EQ(az_direction, DIR_RIGHT);
-    EXPECT_EQ(az_drive_on, 1);
-    EXPECT_EQ(az_pwm_port_state, 3);
-    EXPECT_EQ(az_pwm_active, 1);
-    EXPECT_EQ(panel_last_style[PANEL_RIGHT], STYLE_DARKRED);
+    const char *why;
+    void (*commands)(void);
+    const char *frames;
+    std::vector<int> sleeps;
+};
 
-    az_right(0);
-    EXPECT_EQ(sent(), "relay(1,4,0) pwm(1,4,0)");
-    EXPECT_EQ(az_direction, DIR_STOPPED);
-    EXPECT_EQ(az_pwm_port_state, 1);
-    EXPECT_EQ(az_pwm_active, 0);
-    EXPECT_EQ(panel_last_style[PANEL_RIGHT], STYLE_GRAY);
-    EXPECT_TRUE(drive_record.sleeps.empty());
-}
+static const FrameRow frame_rows[] = {
+    {"a start sets the duty before the relay, a stop cuts the relay first",
+     [] { set_az_duty_cycle(60), az_right(1), az_right(0); },
+     "pwm(1,3,0) pwm(1,4,0) pwm(1,4,60) relay(1,4,1) relay(1,4,0) pwm(1,4,0)",
+     {}},
+    {"each direction uses its axis address and port",
+     [] { set_az_duty_cycle(30), set_el_duty_cycle(40), az_left(1), el_up(1), el_up(0), el_down(1); },
+     "pwm(1,3,0) pwm(1,4,0) pwm(2,1,0) pwm(2,2,0) pwm(1,3,30) relay(1,3,1) pwm(2,1,40) relay(2,1,1) "
+     "relay(2,1,0) pwm(2,1,0) pwm(2,2,40) relay(2,2,1)",
+     {}},
+    {"a relay-only axis sends no PWM",
+     [] { settings.AzimuthPwmActive = 0, az_left(1), az_left(0); },
+     "relay(1,3,1) relay(1,3,0)",
+     {}},
+    {"the brake is released before a start and set after the run-down; an axis at rest has nothing to brake",
+     []
+     {
+         settings.az_brake_enabled = 1, settings.AzimuthPwmActive = 0, settings.az_brake_delay = 1500;
+         az_left(1), az_left(0), az_right(0);
+     },
+     "relay(1,3,1) relay(1,3,0)",
+     {100, 1500}},
+    {"the elevation brake uses its own delay",
+     []
+     {
+         settings.el_brake_enabled = 1, settings.ElevationPwmActive = 0, settings.el_brake_delay = 700;
+         settings.az_brake_delay = 3000, el_down(1), el_down(0);
+     },
+     "relay(2,2,1) relay(2,2,0)",
+     {100, 700}},
+    {"the second direction off sends only its zero duty",
+     [] { az_left(1), drive_record_clear(), az_left(0), az_right(0); },
+     "relay(1,3,0) pwm(1,3,0) pwm(1,4,0)",
+     {}},
+    {"a start in the running direction sends nothing, a new duty still arrives",
+     [] { set_az_duty_cycle(25), az_left(1), drive_record_clear(), az_left(1), set_az_duty_cycle(100); },
+     "pwm(1,3,100)",
+     {}},
+    {"the duty setter sends only a change of the whole number",
+     [] {
+         set_az_duty_cycle(24.9), set_az_duty_cycle(24.0), set_az_duty_cycle(24.99), az_right(1),
+             set_az_duty_cycle(50.5);
+     },
+     "pwm(1,3,0) pwm(1,4,0) pwm(1,4,24) relay(1,4,1) pwm(1,4,50)",
+     {}},
+    {"all off goes elevation first",
+     [] { all_relays_off(), all_pwm_off(); },
+     "relay(2,1,0) relay(2,2,0) relay(1,3,0) relay(1,4,0) pwm(2,1,0) pwm(2,2,0) pwm(1,3,0) pwm(1,4,0)",
+     {}},
+    {"an axis without an address sends nothing for that axis",
+     [] { settings.AZ_Addr = -1, az_right(1), set_az_duty_cycle(70), all_relays_off(), all_pwm_off(), el_up(1); },
+     "relay(2,1,0) relay(2,2,0) pwm(2,1,0) pwm(2,2,0) pwm(2,1,0) relay(2,1,1)",
+     {}},
+    {"stop_all on relay-only axes sends no PWM",
+     [] { settings.AzimuthPwmActive = settings.ElevationPwmActive = 0, stop_all(1); },
+     "relay(2,1,0) relay(2,2,0) relay(1,3,0) relay(1,4,0)",
+     {}},
+    {"the first jog press starts at the manual duty, the second stops",
+     [] { az_manual = 1, drive_left_pressed(), drive_left_pressed(); },
+     "pwm(1,3,0) pwm(1,4,0) pwm(1,3,50) relay(1,3,1) relay(1,3,0) pwm(1,3,0)",
+     {}},
+    {"arrows do nothing outside manual", [] { drive_left_pressed(), drive_up_pressed(); }, "", {}},
+};
 
-TEST_F(DriveOutputs, EachDirectionUsesItsAxisAddressAndPort)
+TEST_F(DriveOutputs, FramesAndSleepsInOrder)
 {
-    set_az_duty_cycle(30);
-    set_el_duty_cycle(40);
-    sent();
-    az_left(1);
-    EXPECT_EQ(sent(), "pwm(1,3,30) relay(1,3,1)");
-    el_up(1);
-    EXPECT_EQ(sent(), "pwm(2,1,40) relay(2,1,1)");
-    el_up(0);
-    el_down(1);
-    EXPECT_EQ(sent(), "relay(2,1,0) pwm(2,1,0) pwm(2,2,40) relay(2,2,1)");
-    EXPECT_EQ(el_direction, DIR_DOWN);
-    EXPECT_EQ(panel_last_style[PANEL_DOWN], STYLE_DARKRED);
-    EXPECT_EQ(panel_last_style[PANEL_UP], STYLE_GRAY);
-}
-
-TEST_F(DriveOutputs, RelayOnlyAxisSendsNoPwmFromTheMotionPrimitives)
-{
-    settings.AzimuthPwmActive = 0;
-    az_left(1);
-    az_left(0);
-    EXPECT_EQ(sent(), "relay(1,3,1) relay(1,3,0)");
-}
-
-TEST_F(DriveOutputs, BrakeIsReleasedBeforeAndSetAfterTheMotorRunsDown)
-{
-    settings.az_brake_enabled = 1;
-    settings.AzimuthPwmActive = 0;
-    settings.az_brake_delay = 1500;
-    az_left(1);
-    EXPECT_EQ(drive_record.sleeps, std::vector<int>({100}));
-    EXPECT_EQ(sent(), "relay(1,3,1)");
-    az_left(0);
-    EXPECT_EQ(sent(), "relay(1,3,0)");
-    EXPECT_EQ(drive_record.sleeps, std::vector<int>({100, 1500}));
-
-    // An axis at rest has nothing to brake: no delay.
-    az_right(0);
-    EXPECT_EQ(drive_record.sleeps.size(), 2u);
-    EXPECT_EQ(sent(), "");
-}
-
-TEST_F(DriveOutputs, ElevationBrakeUsesItsOwnDelay)
-{
-    settings.el_brake_enabled = 1;
-    settings.el_brake_delay = 700;
-    settings.az_brake_delay = 3000;
-    el_down(1);
-    el_down(0);
-    EXPECT_EQ(drive_record.sleeps, std::vector<int>({100, 700}));
-}
-
-TEST_F(DriveOutputs, SecondDirectionOffSendsNothingOnceTheAxisIsOff)
-{
-    az_left(1);
-    sent();
-    az_left(0);
-    az_right(0);
-    EXPECT_EQ(sent(), "relay(1,3,0) pwm(1,3,0) pwm(1,4,0)");
-}
-
-TEST_F(DriveOutputs, StartInTheRunningDirectionChangesNothingButANewDutyStillArrives)
-{
-    set_az_duty_cycle(25);
-    az_left(1);
-    sent();
-    az_left(1);
-    EXPECT_EQ(sent(), "");
-    set_az_duty_cycle(100);
-    EXPECT_EQ(sent(), "pwm(1,3,100)");
-}
-
-TEST_F(DriveOutputs, DutySetterSendsOnlyAChangeOfTheWholeNumber)
-{
-    set_az_duty_cycle(24.9);
-    EXPECT_EQ(az_duty, 24);
-    EXPECT_EQ(sent(), "pwm(1,3,0) pwm(1,4,0)") << "an axis at rest records the duty and sends two zeros";
-    set_az_duty_cycle(24.0);
-    set_az_duty_cycle(24.99);
-    EXPECT_EQ(sent(), "");
-    az_right(1);
-    sent();
-    set_az_duty_cycle(50.5);
-    EXPECT_EQ(sent(), "pwm(1,4,50)");
-    set_el_duty_cycle(10);
-    el_up(1);
-    sent();
-    set_el_duty_cycle(20);
-    EXPECT_EQ(sent(), "pwm(2,1,20)");
-}
-
-TEST_F(DriveOutputs, AllOffGoesElevationFirstWhateverTheFlagsSay)
-{
-    all_relays_off();
-    EXPECT_EQ(sent(), "relay(2,1,0) relay(2,2,0) relay(1,3,0) relay(1,4,0)");
-    az_left(1);
-    el_up(1);
-    sent();
-    all_pwm_off();
-    EXPECT_EQ(sent(), "pwm(2,1,0) pwm(2,2,0) pwm(1,3,0) pwm(1,4,0)");
-    EXPECT_EQ(az_pwm_port_state, 1);
-    EXPECT_EQ(el_pwm_port_state, 1);
-    EXPECT_EQ(az_pwm_active, 0);
-    EXPECT_EQ(el_pwm_active, 0);
-    all_relays_off();
-    EXPECT_EQ(az_drive_on, 0);
-    EXPECT_EQ(el_drive_on, 0);
-}
-
-TEST_F(DriveOutputs, AxisWithoutAnAddressSendsNothingForThatAxis)
-{
-    settings.AZ_Addr = -1;
-    az_right(1);
-    EXPECT_EQ(az_drive_on, 1) << "the flags still follow the commands";
-    set_az_duty_cycle(70);
-    all_relays_off();
-    all_pwm_off();
-    el_up(1);
-    EXPECT_EQ(sent(), "relay(2,1,0) relay(2,2,0) pwm(2,1,0) pwm(2,2,0) pwm(2,1,0) relay(2,1,1)");
+    for (const FrameRow &row : frame_rows)
+    {
+        SetUp();
+        row.commands();
+        EXPECT_EQ(sent(), row.frames) << row.why;
+        EXPECT_EQ(drive_record.sleeps, row.sleeps) << row.why;
+    }
 }
 
 class DriveModes : public DriveOutputs
@@ -179,118 +121,57 @@ TEST_F(DriveModes, StopAllSwitchesEverythingOffAndClearsTheModes)
     el_up(1);
     sent();
     stop_all(1);
-    EXPECT_EQ(sent(), "relay(2,1,0) relay(2,2,0) relay(1,3,0) relay(1,4,0) "
-                      "pwm(2,1,0) pwm(2,2,0) pwm(1,3,0) pwm(1,4,0) "
+    EXPECT_EQ(sent(), "relay(2,1,0) relay(2,2,0) relay(1,3,0) relay(1,4,0) pwm(2,1,0) pwm(2,2,0) pwm(1,3,0) pwm(1,4,0) "
                       "pwm(2,1,0) pwm(2,2,0) pwm(1,3,0) pwm(1,4,0)");
-    EXPECT_EQ(auto_tracking, 0);
-    EXPECT_EQ(park_active, 0);
-    EXPECT_EQ(az_direction, DIR_STOPPED);
-    EXPECT_EQ(el_direction, DIR_STOPPED);
+    EXPECT_EQ(auto_tracking + park_active + az_drive_on + el_drive_on, 0);
     EXPECT_EQ(panel_last_style[PANEL_STOP], STYLE_DARKRED);
     EXPECT_EQ(panel_last_style[PANEL_AUTO], STYLE_GRAY);
-    EXPECT_EQ(panel_last_style[PANEL_PARK], STYLE_GRAY);
-    EXPECT_EQ(panel_last_style[PANEL_RIGHT], STYLE_GRAY);
     stop_all(0);
     EXPECT_EQ(panel_last_style[PANEL_STOP], STYLE_GRAY);
     EXPECT_EQ(sent(), "");
 }
 
-TEST_F(DriveModes, StopAllOnRelayOnlyAxesSendsNoPwm)
-{
-    settings.AzimuthPwmActive = settings.ElevationPwmActive = 0;
-    stop_all(1);
-    EXPECT_EQ(sent(), "relay(2,1,0) relay(2,2,0) relay(1,3,0) relay(1,4,0)");
-}
-
-TEST_F(DriveModes, AutoTogglesAndClearsParkAndTheStartErrors)
+TEST_F(DriveModes, AutoParkAndStopToggleEachOther)
 {
     park_control(1);
     az_start_error = 5;
     el_start_error = -5;
     drive_auto_pressed();
-    EXPECT_EQ(auto_tracking, 1);
-    EXPECT_EQ(park_active, 0);
-    EXPECT_EQ(az_start_error, 0);
-    EXPECT_EQ(el_start_error, 0);
-    EXPECT_EQ(panel_last_style[PANEL_AUTO], STYLE_DARKGREEN);
+    EXPECT_EQ(auto_tracking * 10 + park_active, 10);
+    EXPECT_EQ(az_start_error + el_start_error, 0) << "AUTO clears both start errors";
     EXPECT_EQ(panel_last_style[PANEL_PARK], STYLE_GRAY);
-
     az_left(1);
     drive_auto_pressed();
-    EXPECT_EQ(auto_tracking, 0);
-    EXPECT_EQ(az_drive_on, 0);
-    EXPECT_EQ(panel_last_style[PANEL_AUTO], STYLE_GRAY);
-    EXPECT_EQ(panel_last_style[PANEL_STOP], STYLE_GRAY);
-}
-
-TEST_F(DriveModes, ParkTogglesAndItsEndFlashesStopForHalfASecond)
-{
+    EXPECT_EQ(auto_tracking + az_drive_on, 0) << "a second AUTO stops the motors";
     drive_auto_pressed();
     drive_park_pressed();
-    EXPECT_EQ(park_active, 1);
-    EXPECT_EQ(auto_tracking, 0);
-    EXPECT_EQ(panel_last_style[PANEL_PARK], STYLE_DARKRED);
+    EXPECT_EQ(auto_tracking * 10 + park_active, 1);
     EXPECT_EQ(panel_last_style[PANEL_AUTO], STYLE_GRAY);
-
+    // PARK's second press and STOP both end with STOP red for half a second.
+    drive_record_clear();
     drive_park_pressed();
-    EXPECT_EQ(park_active, 0);
-    EXPECT_EQ(drive_record.sleeps, std::vector<int>({500}));
-    EXPECT_EQ(drive_record.stop_style_at_sleep, std::vector<int>({STYLE_DARKRED}));
-    EXPECT_EQ(panel_last_style[PANEL_STOP], STYLE_GRAY);
-    EXPECT_EQ(panel_last_style[PANEL_PARK], STYLE_GRAY);
-}
-
-TEST_F(DriveModes, StopButtonFlashesRedAndEndsAutoAndPark)
-{
     drive_auto_pressed();
     drive_stop_pressed();
-    EXPECT_EQ(auto_tracking, 0);
-    EXPECT_EQ(drive_record.stop_style_at_sleep, std::vector<int>({STYLE_DARKRED}));
-    EXPECT_EQ(drive_record.sleeps, std::vector<int>({500}));
+    EXPECT_EQ(auto_tracking + park_active, 0);
+    EXPECT_EQ(drive_record.sleeps, std::vector<int>({500, 500}));
+    EXPECT_EQ(drive_record.stop_style_at_sleep, std::vector<int>({STYLE_DARKRED, STYLE_DARKRED}));
     EXPECT_EQ(panel_last_style[PANEL_STOP], STYLE_GRAY);
 }
 
 TEST_F(DriveModes, ManualToggleStopsTheAxisAndRedrawsItsButton)
 {
     az_right(1);
+    EXPECT_EQ(panel_last_style[PANEL_RIGHT], STYLE_DARKRED);
     drive_az_manual_pressed();
-    EXPECT_EQ(az_manual, 1);
-    EXPECT_EQ(az_drive_on, 0);
+    EXPECT_EQ(panel_last_style[PANEL_RIGHT], STYLE_GRAY) << "the stopped arrow goes gray";
+    EXPECT_EQ(az_manual * 10 + az_drive_on, 10);
     EXPECT_STREQ(panel_last_text[PANEL_AZ_MANUAL], "MAN");
     EXPECT_EQ(panel_last_visible[PANEL_AZ_CALIBRATE], 1);
-    drive_el_manual_pressed();
-    drive_el_manual_pressed();
-    EXPECT_EQ(el_manual, 0);
-    EXPECT_STREQ(panel_last_text[PANEL_EL_MANUAL], "AUTO");
     drive_az_manual_pressed();
-    EXPECT_EQ(az_manual, 0);
+    EXPECT_STREQ(panel_last_text[PANEL_AZ_MANUAL], "AUTO");
 }
 
-class DriveJog : public DriveOutputs
-{
-};
-
-TEST_F(DriveJog, ArrowsDoNothingOutsideManual)
-{
-    drive_left_pressed();
-    drive_up_pressed();
-    EXPECT_EQ(sent(), "");
-    EXPECT_EQ(az_direction, DIR_STOPPED);
-}
-
-TEST_F(DriveJog, FirstPressStartsAtManualDutyAndSecondPressStops)
-{
-    az_manual = 1;
-    drive_left_pressed();
-    EXPECT_EQ(az_speed_mode, SPEED_MANUAL);
-    EXPECT_EQ(az_duty, 50);
-    EXPECT_EQ(sent(), "pwm(1,3,0) pwm(1,4,0) pwm(1,3,50) relay(1,3,1)");
-    drive_left_pressed();
-    EXPECT_EQ(az_direction, DIR_STOPPED);
-    EXPECT_EQ(sent(), "relay(1,3,0) pwm(1,3,0)");
-}
-
-TEST_F(DriveJog, OppositeArrowReversesAfterTheWholeSecondsOfTheGuard)
+TEST_F(DriveModes, OppositeArrowReversesAfterTheWholeSecondsOfTheGuard)
 {
     struct
     {
@@ -299,9 +180,7 @@ TEST_F(DriveJog, OppositeArrowReversesAfterTheWholeSecondsOfTheGuard)
     } rows[] = {{2.5, 2000}, {0.5, 0}, {2.0, 2000}, {9.0, 9000}};
     for (auto row : rows)
     {
-        test_reset_state();
-        drive_test_settings();
-        drive_record_start();
+        SetUp();
         settings.ElevationGuardTime = row.guard;
         el_manual = 1;
         drive_up_pressed();

@@ -13,77 +13,41 @@
 struct AxisNames
 {
     const char *name;
-    double *position;
-    double *target;
+    double *position, *target, *start_error;
     int32_t *drive_on, *direction, *guard_ms, *speed_mode, *duty, *jog_shade;
-    double *start_error;
-    int plus, minus; // the direction a positive and a negative error drive
+    int plus, minus, arrow_plus, arrow_minus; // what a positive and a negative error drive and light
     void (*start)(int direction);
     uint8_t *jog_enable;
-    int32_t *jog_time;
-    int arrow_plus, arrow_minus;
 };
 
-static void az_start_dir(int direction)
+static void az_start(int direction)
 {
     direction == DIR_RIGHT ? az_right(1) : az_left(1);
 }
 
-static void el_start_dir(int direction)
+static void el_start(int direction)
 {
     direction == DIR_UP ? el_up(1) : el_down(1);
 }
 
-static const AxisNames azimuth = {"azimuth",
-                                  &az_position,
-                                  &source_az,
-                                  &az_drive_on,
-                                  &az_direction,
-                                  &az_guard_ms,
-                                  &az_speed_mode,
-                                  &az_duty,
-                                  &az_jog_shade,
-                                  &az_start_error,
-                                  DIR_RIGHT,
-                                  DIR_LEFT,
-                                  az_start_dir,
-                                  &settings.AzimuthJogEnable,
-                                  &settings.AzimuthJogTime,
-                                  PANEL_RIGHT,
-                                  PANEL_LEFT};
-static const AxisNames elevation = {"elevation",
-                                    &el_position,
-                                    &source_el,
-                                    &el_drive_on,
-                                    &el_direction,
-                                    &el_guard_ms,
-                                    &el_speed_mode,
-                                    &el_duty,
-                                    &el_jog_shade,
-                                    &el_start_error,
-                                    DIR_UP,
-                                    DIR_DOWN,
-                                    el_start_dir,
-                                    &settings.ElevationJogEnable,
-                                    &settings.ElevationJogTime,
-                                    PANEL_UP,
-                                    PANEL_DOWN};
+static const AxisNames azimuth = {"azimuth",    &az_position,  &source_az,   &az_start_error,
+                                  &az_drive_on, &az_direction, &az_guard_ms, &az_speed_mode,
+                                  &az_duty,     &az_jog_shade, DIR_RIGHT,    DIR_LEFT,
+                                  PANEL_RIGHT,  PANEL_LEFT,    az_start,     &settings.AzimuthJogEnable};
+static const AxisNames elevation = {"elevation",  &el_position,  &source_el,   &el_start_error,
+                                    &el_drive_on, &el_direction, &el_guard_ms, &el_speed_mode,
+                                    &el_duty,     &el_jog_shade, DIR_UP,       DIR_DOWN,
+                                    PANEL_UP,     PANEL_DOWN,    el_start,     &settings.ElevationJogEnable};
 
 // Start 1.0, stop 0.25, slow degrees 10, guard 2.0 s, duties 25 / 100, jog 30 ms.
 // Errors are sums of powers of two, so target minus position is exactly the
 // row's error and the equality rows test the comparisons themselves.
 struct StepRow
 {
-    double error;
-    double start_error; // with the motor running, the sign is its direction
-    int running_mode;   // 0 idle, else the speed mode it runs in
-    int guard_ms;
-    int jog;
-    int want_running; // +1 toward a positive error, -1 toward a negative one, 0 stopped
-    int want_mode;
-    int want_duty;
-    int want_guard_ms;
-    int want_pulse;
+    double error, start_error;       // with the motor running, the start error's sign is its direction
+    int running_mode, guard_ms, jog; // running_mode 0 is idle, else the speed mode it runs in
+    // want_running: +1 toward a positive error, -1 toward a negative one, 0 stopped
+    int want_running, want_mode, want_duty, want_guard_ms, want_pulse;
     const char *why;
 };
 
@@ -117,10 +81,6 @@ class DriveStep : public ::testing::Test
     void SetUp() override
     {
         test_reset_state();
-        prepare();
-    }
-    void prepare()
-    {
         drive_test_settings();
         drive_record_start();
         settings.AzimuthJogTime = settings.ElevationJogTime = 30;
@@ -139,8 +99,7 @@ class DriveStep : public ::testing::Test
     }
     void run_row(const AxisNames &a, const StepRow &r)
     {
-        test_reset_state();
-        prepare();
+        SetUp();
         *a.jog_enable = (uint8_t)r.jog;
         if (r.running_mode)
         {
@@ -176,19 +135,14 @@ class DriveStep : public ::testing::Test
     }
 };
 
-TEST_F(DriveStep, AzimuthRows)
+TEST_F(DriveStep, RowsOnBothAxes)
 {
-    for (const StepRow &r : step_rows)
+    for (const AxisNames *a : {&azimuth, &elevation})
     {
-        run_row(azimuth, r);
-    }
-}
-
-TEST_F(DriveStep, ElevationRows)
-{
-    for (const StepRow &r : step_rows)
-    {
-        run_row(elevation, r);
+        for (const StepRow &r : step_rows)
+        {
+            run_row(*a, r);
+        }
     }
 }
 
@@ -212,27 +166,6 @@ TEST_F(DriveStep, StopLargerThanStartStartsAndStopsOverAndOver)
     EXPECT_LE(starts, 5);
 }
 
-TEST_F(DriveStep, JogPulsesEachCycleWithoutGuardAndTheArrowStaysLitUntilAStepStartsNothing)
-{
-    settings.AzimuthJogEnable = 1;
-    source_az = 104;
-    for (int i = 0; i < 3; i++)
-    {
-        drive_record_clear();
-        step();
-        EXPECT_EQ(drive_record.sleeps, std::vector<int>({30}));
-        EXPECT_EQ(az_guard_ms, 0);
-        EXPECT_EQ(az_drive_on, 0);
-        EXPECT_EQ(panel_last_style[PANEL_RIGHT], STYLE_DARKRED);
-        az_position += 1.2;
-    }
-    // 100 + 3.6: inside the start threshold, so nothing starts and the arrow goes gray.
-    step();
-    EXPECT_EQ(panel_last_style[PANEL_RIGHT], STYLE_GRAY);
-    EXPECT_EQ(panel_last_style[PANEL_LEFT], STYLE_GRAY);
-    EXPECT_EQ(az_jog_shade, 1);
-}
-
 TEST_F(DriveStep, ThroughNorthTakesTheShortWayOnlyForTheSouthernCase)
 {
     struct
@@ -249,8 +182,7 @@ TEST_F(DriveStep, ThroughNorthTakesTheShortWayOnlyForTheSouthernCase)
     };
     for (auto r : rows)
     {
-        test_reset_state();
-        prepare();
+        SetUp();
         settings.AzimuthLimitMin = r.min;
         settings.AzimuthLimitMax = r.max;
         source_az = r.source;
@@ -276,8 +208,7 @@ TEST_F(DriveStep, RemoteRowsWithoutAValidReportMoveNothing)
 {
     for (int source : {SOURCE_EASYCOMM, SOURCE_GPREDICT, SOURCE_PSTROTATOR})
     {
-        test_reset_state();
-        prepare();
+        SetUp();
         settings.TrackingSource = source;
         source_table[source].above_horizon = 1;
         source_az = 200;
@@ -329,35 +260,13 @@ TEST_F(DriveStep, LimitsCutAManualMoveAtTheNextPositionCycle)
     EXPECT_EQ(bus_calls_text(drive_record.calls), "pwm(1,3,0) pwm(2,2,0)");
 }
 
-TEST_F(DriveStep, IdleStationWithGoodReadsSendsNothing)
-{
-    auto_tracking = 0;
-    source_az = 300;
-    step();
-    EXPECT_EQ(bus_calls_text(drive_record.calls), "");
-}
-
-TEST_F(DriveStep, ParkDrivesToTheParkPositionAndEndsWithTheStopFlash)
+TEST_F(DriveStep, ParkDrivesThereAndEndsWithTheStopFlashWhenNothingCanStart)
 {
     auto_tracking = 0;
     park_control(1);
     step();
-    EXPECT_EQ(az_direction, DIR_RIGHT);
-    EXPECT_EQ(el_direction, DIR_UP);
+    EXPECT_EQ(az_direction * 10 + el_direction, DIR_RIGHT * 10 + DIR_UP);
     EXPECT_DOUBLE_EQ(az_error, 80);
-    az_position = 179.9;
-    el_position = 89.9;
-    drive_record_clear();
-    step();
-    EXPECT_EQ(park_active, 0);
-    EXPECT_EQ(drive_record.stop_style_at_sleep, std::vector<int>({STYLE_DARKRED}));
-    EXPECT_EQ(panel_last_style[PANEL_STOP], STYLE_GRAY);
-    EXPECT_EQ(panel_last_style[PANEL_PARK], STYLE_GRAY);
-}
-
-TEST_F(DriveStep, ParkEndsShortWhenNothingCanStart)
-{
-    auto_tracking = 0;
     struct
     {
         int guard, jog;
@@ -365,13 +274,12 @@ TEST_F(DriveStep, ParkEndsShortWhenNothingCanStart)
         const char *why;
     } rows[] = {
         {2000, 0, 100, 40, "both guards still running"},
-        {0, 0, 179.5, 89.5, "both errors inside the start thresholds"},
+        {0, 0, 179.9, 89.9, "both errors inside the start thresholds"},
         {0, 1, 175, 85, "jog pulses leave both motors off"},
     };
     for (auto r : rows)
     {
-        test_reset_state();
-        prepare();
+        SetUp();
         auto_tracking = 0;
         settings.AzimuthJogEnable = settings.ElevationJogEnable = (uint8_t)r.jog;
         az_guard_ms = el_guard_ms = r.guard;
@@ -382,17 +290,8 @@ TEST_F(DriveStep, ParkEndsShortWhenNothingCanStart)
         step();
         EXPECT_EQ(park_active, 0) << r.why;
         EXPECT_NE(az_position, 180) << r.why;
+        ASSERT_FALSE(drive_record.stop_style_at_sleep.empty()) << r.why;
         EXPECT_EQ(drive_record.stop_style_at_sleep.back(), STYLE_DARKRED) << r.why;
+        EXPECT_EQ(panel_last_style[PANEL_STOP] + panel_last_style[PANEL_PARK], 2 * STYLE_GRAY) << r.why;
     }
-}
-
-TEST_F(DriveStep, ParkWithAFailedReadMovesOnlyTheOtherAxis)
-{
-    auto_tracking = 0;
-    park_control(1);
-    el_read_status = 2;
-    step();
-    EXPECT_EQ(az_direction, DIR_RIGHT);
-    EXPECT_EQ(el_drive_on, 0);
-    EXPECT_EQ(park_active, 1);
 }
