@@ -159,6 +159,26 @@ TEST_F(Settings, FirstRunHoldsTheDocumentedDefaults)
     EXPECT_EQ(encoders[2].Type, ENCODER_BRT);
 }
 
+TEST_F(Settings, FirstFileListsEveryKeyInOrder)
+{
+    SystemSettings record;
+    LoadSettings(file_name, &record);
+    SaveSettings(file_name, &record);
+    std::vector<std::string> written, documented;
+    for (const IniSection &section : saved_file().sections)
+    {
+        for (const auto &kv : section.keys)
+        {
+            written.push_back(section.name + "/" + kv.first);
+        }
+    }
+    for (const KeyRow &row : documented_keys())
+    {
+        documented.push_back(row.section + "/" + row.key);
+    }
+    EXPECT_EQ(written, documented);
+}
+
 TEST_F(Settings, EveryKeyRoundTrips)
 {
     // Every key away from its default: doubles that need all their digits,
