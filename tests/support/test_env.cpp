@@ -5,6 +5,7 @@
 #include "core/panel_seam.h"
 #include "core/settings.h"
 #include "core/state.h"
+#include "remote/remote_services.h"
 
 #include <QDir>
 #include <cstdio>
@@ -27,6 +28,10 @@ void test_reset_state(void)
     memset(encoders, 0, sizeof encoders);
     panel_reset();
     clock_reset();
+    remote_reset();
+    // A test never opens a listener on the wired adapter: everything stays on
+    // the loopback.
+    remote_adapter_hint[0] = 0;
 }
 
 std::string test_read_file(const std::string &path)
