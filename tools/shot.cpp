@@ -9,6 +9,7 @@
 // --home uses that folder as the home directory (its settings are read and,
 // when the window closes, written); by default a fresh temporary one is used,
 // so the operator's own settings are never touched.
+#include "astro/sources_dialog.h"
 #include "core/about_dialog.h"
 #include "core/mainwindow.h"
 #include "core/state.h"
@@ -138,6 +139,9 @@ int main(int argc, char *argv[])
 
         AboutDialog about(&window);
         status |= shot_dialog(&about, out, "about");
+
+        SourcesDialog sources(&window);
+        status |= shot_dialog(&sources, out, "sources");
     }
     if (home == temp_home)
     {

@@ -1,5 +1,6 @@
 #include "core/mainwindow.h"
 
+#include "astro/sources_dialog.h"
 #include "core/about_dialog.h"
 #include "core/cycle.h"
 #include "core/display.h"
@@ -290,12 +291,22 @@ void MainWindow::About(void)
     dialog.exec();
 }
 
-// The slots below belong to the drive, the rig and the remote links; each is
-// filled in as its subsystem joins the panel.
+// The selection and the user positions hold even when the table is cancelled;
+// only the saving waits for OK.
 void MainWindow::SourceButtonPressed(void)
 {
+    SourcesDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        SaveSettings(ini_file_name, &settings);
+        UpdateDisplay();
+    }
+    source_changed = 1;
+    SetupTrackingSource();
 }
 
+// The slots below belong to the drive, the rig and the remote links; each is
+// filled in as its subsystem joins the panel.
 void MainWindow::AzSourceButtonPressed(void)
 {
 }

@@ -192,7 +192,8 @@ TEST_F(Window, NumbersUseTheCFormOnAGermanDesktop)
     EXPECT_EQ(120.5, atof("120.5"));
     MainWindow w(0);
     w.timer->stop();
-    source_table[SOURCE_MOON].az = 120.5;
+    settings.TrackingSource = SOURCE_USER_AZEL;
+    settings.User_Azimuth = 120.5;
     w.TimerEvent();
     EXPECT_EQ(QString(" 120.50"), w.ui->SourceAzimuth->text());
 }
