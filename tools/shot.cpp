@@ -13,6 +13,7 @@
 #include "core/about_dialog.h"
 #include "core/mainwindow.h"
 #include "core/state.h"
+#include "rig/rig_dialog.h"
 
 #include "core/app.h"
 
@@ -142,6 +143,9 @@ int main(int argc, char *argv[])
 
         SourcesDialog sources(&window);
         status |= shot_dialog(&sources, out, "sources");
+
+        RigControlDialog rig(&window);
+        status |= shot_dialog(&rig, out, "rig_control");
     }
     if (home == temp_home)
     {

@@ -8,6 +8,8 @@
 #include "core/panel_seam.h"
 #include "core/settings.h"
 #include "core/state.h"
+#include "rig/doppler.h"
+#include "rig/rig_dialog.h"
 #include "ui_mainwindow.h"
 #include "widgets/compass.h"
 
@@ -23,6 +25,11 @@ static void cycle_run_display(void *window, int source)
 static void cycle_run_position(void *window, int source)
 {
     static_cast<MainWindow *>(window)->PositionGroup(source);
+}
+
+static void cycle_run_frequency(void *, int)
+{
+    doppler_frequency_group();
 }
 
 static void cycle_run_panel_page(void *window, int)
@@ -216,6 +223,9 @@ void MainWindow::createMenus(void)
 {
     menu_bar = new QMenuBar();
     menu_bar->setStyleSheet(panel_style_text(STYLE_MENU_BAR));
+    QMenu *configure = menu_bar->addMenu(tr("Configure"));
+    configure->setStyleSheet(panel_style_text(STYLE_MENU));
+    connect(configure->addAction(tr("Rig Control")), &QAction::triggered, this, &MainWindow::RigControl);
     QAction *about = menu_bar->addAction(tr("About"));
     connect(about, &QAction::triggered, this, &MainWindow::About);
 }
@@ -240,6 +250,7 @@ void MainWindow::TimerEvent(void)
     actions.context = this;
     actions.run[CYCLE_DISPLAY] = cycle_run_display;
     actions.run[CYCLE_POSITION] = cycle_run_position;
+    actions.run[CYCLE_FREQUENCY] = cycle_run_frequency;
     actions.run[CYCLE_PANEL_PAGE] = cycle_run_panel_page;
     CycleConditions conditions = cycle_conditions_now();
     cycle_tick(&actions, &conditions);
@@ -283,6 +294,15 @@ void MainWindow::MenuButtonPressed(void)
     delete menu_bar;
     menu_bar = nullptr;
     menu_shown = 0;
+}
+
+void MainWindow::RigControl(void)
+{
+    RigControlDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        rig_dialog_accepted();
+    }
 }
 
 void MainWindow::About(void)
@@ -361,22 +381,27 @@ void MainWindow::ElCalibrateButtonPressed(void)
 
 void MainWindow::TxButtonPressed(void)
 {
+    doppler_tx_pressed();
 }
 
 void MainWindow::RxButtonPressed(void)
 {
+    doppler_rx_pressed();
 }
 
 void MainWindow::OmniRigButtonPressed(void)
 {
+    doppler_omnirig_pressed();
 }
 
 void MainWindow::HomeStationButtonPressed(void)
 {
+    doppler_home_pressed();
 }
 
 void MainWindow::DxStationButtonPressed(void)
 {
+    doppler_dx_pressed();
 }
 
 void MainWindow::SourceAzimuthMousePosition(void)

@@ -79,6 +79,7 @@ class MainWindow : public QMainWindow
     void SourceAzimuthMousePressed(void);
     void SourceElevationMousePressed(void);
 
+    void RigControl(void);
     void About(void);
 
   private:

@@ -6,6 +6,8 @@
 #include "core/settings.h"
 #include "core/state.h"
 #include "remote/remote_services.h"
+#include "rig/rig_engine.h"
+#include "rig/rig_loader.h"
 
 #include <QDir>
 #include <cstdio>
@@ -32,6 +34,8 @@ void test_reset_state(void)
     // A test never opens a listener on the wired adapter: everything stays on
     // the loopback.
     remote_adapter_hint[0] = 0;
+    rig_reset();
+    rig_files_set_folder(nullptr);
 }
 
 std::string test_read_file(const std::string &path)

@@ -1,0 +1,153 @@
+#include "rig/rig_dialog.h"
+
+#include "core/panel.h"
+#include "core/panel_seam.h"
+#include "core/settings.h"
+#include "core/state.h"
+#include "rig/doppler.h"
+#include "rig/rig_loader.h"
+#include "ui_rig_dialog.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSerialPortInfo>
+#include <QStringList>
+#include <QTableWidgetItem>
+#include <cstdio>
+
+RigControlDialog::RigControlDialog(QWidget *parent) : QDialog(parent), ui(new Ui::RigControlDialog)
+{
+    ui->setupUi(this);
+    ui->tableWidget->setColumnWidth(0, 160);
+    ui->tableWidget->setColumnWidth(1, 100);
+    ui->tableWidget->setSortingEnabled(false);
+    listFiles();
+    listPorts();
+
+    ui->BaudComboBox->setCurrentIndex(settings.BaudRate);
+    ui->DataBitsComboBox->setCurrentIndex(settings.DataBits);
+    ui->StopBitsComboBox->setCurrentIndex(settings.StopBits);
+    ui->ParityComboBox->setCurrentIndex(settings.Parity);
+    ui->FlowComboBox->setCurrentIndex(settings.FlowControl);
+    ui->DebugButton->setChecked(settings.OmniRigDebug != 0);
+
+    connect(ui->tableWidget, &QTableWidget::itemClicked, this, &RigControlDialog::rigSelected);
+    connect(ui->PortComboBox, &QComboBox::currentIndexChanged, this, &RigControlDialog::PortChanged);
+    connect(ui->BaudComboBox, &QComboBox::currentIndexChanged, this, &RigControlDialog::BaudRateChanged);
+    connect(ui->DataBitsComboBox, &QComboBox::currentIndexChanged, this, &RigControlDialog::DataBitsChanged);
+    connect(ui->StopBitsComboBox, &QComboBox::currentIndexChanged, this, &RigControlDialog::StopBitsChanged);
+    connect(ui->ParityComboBox, &QComboBox::currentIndexChanged, this, &RigControlDialog::ParityChanged);
+    connect(ui->FlowComboBox, &QComboBox::currentIndexChanged, this, &RigControlDialog::FlowControlChanged);
+    connect(ui->DebugButton, &QAbstractButton::clicked, this, &RigControlDialog::DebugChanged);
+}
+
+RigControlDialog::~RigControlDialog()
+{
+    delete ui;
+}
+
+void RigControlDialog::listFiles(void)
+{
+    QDir folder(QString::fromUtf8(rig_files_folder()));
+    const QFileInfoList files =
+        folder.entryInfoList(QStringList() << "*.ini", QDir::Files | QDir::NoSymLinks, QDir::Name);
+    ui->tableWidget->setRowCount((int)files.size());
+    int row = 0;
+    for (const QFileInfo &file : files)
+    {
+        char size[32];
+        snprintf(size, sizeof size, "%lld", (long long)file.size());
+        ui->tableWidget->setVerticalHeaderItem(row, new QTableWidgetItem(QString()));
+        ui->tableWidget->setItem(row, 0, new QTableWidgetItem(file.fileName()));
+        ui->tableWidget->setItem(row, 1, new QTableWidgetItem(QString::fromLatin1(size)));
+        row++;
+    }
+}
+
+// The ports the system offers, plus the one stored if it is not among them
+// (a USB adapter that is unplugged now keeps its place in the settings).
+void RigControlDialog::listPorts(void)
+{
+    QStringList names;
+    const QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
+    for (const QSerialPortInfo &port : ports)
+    {
+        qDebug("PortName:     %s", port.portName().toUtf8().constData());
+        qDebug("Description:  %s", port.description().toUtf8().constData());
+        qDebug("Manufacturer: %s", port.manufacturer().toUtf8().constData());
+        qDebug("Location:     %s", port.systemLocation().toUtf8().constData());
+        qDebug("Vendor:       %d", port.hasVendorIdentifier() ? port.vendorIdentifier() : 0);
+        qDebug("Product:      %d", port.hasProductIdentifier() ? port.productIdentifier() : 0);
+        names << port.systemLocation();
+    }
+    QString stored = QString::fromUtf8(settings.PortName);
+    if (!stored.isEmpty() && !names.contains(stored))
+    {
+        names << stored;
+    }
+    names.sort();
+    ui->PortComboBox->addItems(names);
+    int row = names.indexOf(stored);
+    ui->PortComboBox->setCurrentIndex(row >= 0 ? row : 0);
+    if (ui->PortComboBox->currentIndex() >= 0)
+    {
+        settings.Port = ui->PortComboBox->currentIndex();
+        text_copy(settings.PortName, sizeof settings.PortName, ui->PortComboBox->currentText().toUtf8().constData());
+    }
+}
+
+void RigControlDialog::rigSelected(QTableWidgetItem *item)
+{
+    rig_control_off();
+    text_copy(settings.OmniRigFilename, sizeof settings.OmniRigFilename, item->text().toUtf8().constData());
+}
+
+void RigControlDialog::PortChanged(int index)
+{
+    settings.Port = index;
+    text_copy(settings.PortName, sizeof settings.PortName, ui->PortComboBox->currentText().toUtf8().constData());
+}
+
+void RigControlDialog::BaudRateChanged(int index)
+{
+    settings.BaudRate = index;
+}
+
+void RigControlDialog::DataBitsChanged(int index)
+{
+    settings.DataBits = index;
+}
+
+void RigControlDialog::StopBitsChanged(int index)
+{
+    settings.StopBits = index;
+}
+
+void RigControlDialog::ParityChanged(int index)
+{
+    settings.Parity = index;
+}
+
+void RigControlDialog::FlowControlChanged(int index)
+{
+    settings.FlowControl = index;
+}
+
+void RigControlDialog::DebugChanged(void)
+{
+    settings.OmniRigDebug = ui->DebugButton->isChecked() ? 1 : 0;
+}
+
+void rig_dialog_accepted(void)
+{
+    if (settings.OmniRigFilename[0])
+    {
+        panel_text(PANEL_OMNIRIG, settings.OmniRigFilename);
+    }
+    else
+    {
+        rig_control_off();
+    }
+    SaveSettings(ini_file_name, &settings);
+    panel_update_display();
+}

@@ -1,0 +1,265 @@
+#include "rig/doppler.h"
+
+#include "core/panel_seam.h"
+#include "rig_sim_fixture.h"
+#include "rig_test_files.h"
+
+#include <string>
+
+TEST(DopplerRound, HalvesGoAwayFromZero)
+{
+    struct Row
+    {
+        double hz;
+        int32_t want;
+    } rows[] = {{12.5, 13}, {-12.5, -13}, {12.49, 12}, {-12.49, -12}, {0.5, 1}, {-0.5, -1}, {0.0, 0}, {-1234.6, -1235}};
+    for (const Row &row : rows)
+    {
+        EXPECT_EQ(doppler_round(row.hz), row.want) << row.hz;
+    }
+}
+
+TEST(DopplerCorrection, ByMode)
+{
+    test_reset_state();
+    settings.TrackingSource = SOURCE_MOON;
+    source_table[SOURCE_MOON].doppler_hz = 400.0;
+    source_table[SOURCE_SUN].doppler_hz = 9999.0;
+    dx_source_record.doppler_hz = -100.0;
+    const double want[4] = {0.0, 400.0, -100.0, 150.0};
+    for (int mode = 0; mode < 4; mode++)
+    {
+        doppler_mode = mode;
+        EXPECT_EQ(doppler_correction(), want[mode]) << mode;
+    }
+}
+
+class DopplerButtons : public ::testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        test_reset_state();
+    }
+};
+
+TEST_F(DopplerButtons, TxAndRxFollowing)
+{
+    doppler_tx_pressed();
+    EXPECT_EQ(vfo_doppler_mode, 1);
+    EXPECT_EQ(panel_last_style[PANEL_TX_DOPPLER], STYLE_DARKGREEN);
+    EXPECT_EQ(panel_last_style[PANEL_RX_DOPPLER], STYLE_GRAY);
+    EXPECT_STREQ(panel_last_status, "Tx frequency is doppler adjusted from Rx VFO");
+
+    // From Tx following straight to Rx following.
+    doppler_rx_pressed();
+    EXPECT_EQ(vfo_doppler_mode, 2);
+    EXPECT_EQ(panel_last_style[PANEL_TX_DOPPLER], STYLE_GRAY);
+    EXPECT_EQ(panel_last_style[PANEL_RX_DOPPLER], STYLE_DARKGREEN);
+    EXPECT_STREQ(panel_last_status, "Rx frequency is doppler adjusted from Tx VFO");
+
+    doppler_tx_pressed();
+    EXPECT_EQ(vfo_doppler_mode, 1);
+    doppler_tx_pressed();
+    EXPECT_EQ(vfo_doppler_mode, 0);
+    EXPECT_EQ(panel_last_style[PANEL_TX_DOPPLER], STYLE_GRAY);
+    EXPECT_STREQ(panel_last_status, "");
+}
+
+TEST_F(DopplerButtons, HomeAndDxFigures)
+{
+    struct Step
+    {
+        char button; // 'h' home, 'd' DX
+        int want_mode;
+        const char *want_status;
+        int home_style, dx_style, mutual_shown;
+    };
+    text_copy(settings.Grid, sizeof settings.Grid, "JO22");
+    text_copy(dx_grid, sizeof dx_grid, "FN42");
+    const Step steps[] = {
+        {'h', 1, "Home Station Doppler selected", STYLE_DARKGREEN, STYLE_GRAY, 0},
+        {'d', 3, "Mutual Doppler selected", STYLE_DARKGREEN, STYLE_DARKGREEN, 1},
+        {'h', 2, "Dx Station Doppler selected", STYLE_GRAY, STYLE_DARKGREEN, 0},
+        {'d', 0, "Doppler Control is OFF", STYLE_GRAY, STYLE_GRAY, 0},
+        {'d', 2, "Dx Station Doppler selected", STYLE_GRAY, STYLE_DARKGREEN, 0},
+        {'h', 3, "Mutual Doppler selected", STYLE_DARKGREEN, STYLE_DARKGREEN, 1},
+    };
+    home_station_valid = 1;
+    dx_station_valid = 1;
+    int n = 0;
+    for (const Step &step : steps)
+    {
+        step.button == 'h' ? doppler_home_pressed() : doppler_dx_pressed();
+        EXPECT_EQ(doppler_mode, step.want_mode) << "step " << n;
+        EXPECT_STREQ(panel_last_status, step.want_status) << "step " << n;
+        EXPECT_EQ(panel_last_style[PANEL_HOME_STATION], step.home_style) << "step " << n;
+        EXPECT_EQ(panel_last_style[PANEL_DX_STATION], step.dx_style) << "step " << n;
+        EXPECT_EQ(panel_last_visible[PANEL_MUTUAL_DOPPLER_BUTTON], step.mutual_shown) << "step " << n;
+        EXPECT_EQ(panel_last_visible[PANEL_MUTUAL_DOPPLER], step.mutual_shown) << "step " << n;
+        n++;
+    }
+}
+
+TEST_F(DopplerButtons, HomeWithoutGridSwitchesDopplerOffButKeepsDx)
+{
+    dx_station_valid = 1;
+    text_copy(dx_grid, sizeof dx_grid, "FN42");
+    doppler_dx_pressed();
+    ASSERT_EQ(doppler_mode, 2);
+    home_doppler_on = 1;
+    doppler_home_pressed();
+    EXPECT_EQ(doppler_mode, 0);
+    EXPECT_EQ(home_doppler_on, 0);
+    EXPECT_EQ(dx_doppler_on, 1);
+    EXPECT_STREQ(panel_last_status, "Doppler Control is OFF");
+}
+
+TEST_F(DopplerButtons, DxWithoutStationStaysOff)
+{
+    doppler_dx_pressed();
+    EXPECT_EQ(dx_doppler_on, 0);
+    EXPECT_EQ(doppler_mode, 0);
+}
+
+TEST_F(DopplerButtons, OmniRigWithoutFileOrPortStaysInactive)
+{
+    doppler_omnirig_pressed();
+    EXPECT_EQ(settings.OmniRigActive, 0);
+    EXPECT_EQ(panel_last_style[PANEL_OMNIRIG], STYLE_GRAY);
+    EXPECT_STREQ(panel_last_status, "OmniRig is inactive");
+
+    text_copy(settings.OmniRigFilename, sizeof settings.OmniRigFilename, "Simulator CI-V.ini");
+    text_copy(settings.PortName, sizeof settings.PortName, "/dev/no-such-port");
+    doppler_omnirig_pressed();
+    EXPECT_EQ(settings.OmniRigActive, 0);
+    EXPECT_STREQ(panel_last_status, "OmniRig is inactive");
+}
+
+TEST_F(DopplerButtons, FiguresOnThePanel)
+{
+    SourceRecord row = {};
+    row.doppler_hz = 1234.4;
+    dx_source_record.doppler_hz = -200.0;
+    panel_text(PANEL_HOME_DOPPLER, "distance");
+    doppler_show_figures(&row);
+    EXPECT_STREQ(panel_last_text[PANEL_HOME_DOPPLER], "distance"); // mode 0 leaves distance and bearing
+
+    doppler_mode = 3;
+    home_station_valid = 1;
+    doppler_show_figures(&row);
+    EXPECT_STREQ(panel_last_text[PANEL_HOME_DOPPLER], "   1234 Hz");
+    EXPECT_STREQ(panel_last_text[PANEL_DX_DOPPLER], " ");
+    EXPECT_STREQ(panel_last_text[PANEL_MUTUAL_DOPPLER], "    517 Hz");
+}
+
+TEST_F(DopplerButtons, RigOffShowsTheStationFrequency)
+{
+    settings.Frequency = 1296.1;
+    doppler_frequency_group();
+    EXPECT_EQ(rx_frequency_hz, 1296100000.0);
+    EXPECT_EQ(tx_frequency_hz, 1296100000.0);
+    EXPECT_STREQ(panel_last_text[PANEL_TX_FREQUENCY], "  1296.10000");
+    EXPECT_STREQ(panel_last_text[PANEL_RX_FREQUENCY], "  1296.10000");
+}
+
+class DopplerRig : public RigSimTest
+{
+  protected:
+    void SetUp() override
+    {
+        start(RIGSIM_CIV);
+        rig_load_path(rig_test_own_file("Simulator CI-V.ini").c_str(), 0);
+        rigsim_command(&sim, "freq a 1296000000");
+        rigsim_command(&sim, "freq b 1296000000");
+        rig_send_init();
+        rx_frequency_hz = tx_frequency_hz = 1.0;
+    }
+};
+
+TEST_F(DopplerRig, SignsInBothModes)
+{
+    rig_poll_status();
+    doppler_follow(1, 1000.5);
+    EXPECT_EQ(rigsim_vfo(&sim, 1), 1295998999); // Tx below Rx
+    EXPECT_EQ(rx_frequency_hz, 1296000000.0);
+    EXPECT_EQ(tx_frequency_hz, 1295998999.0);
+
+    rigsim_command(&sim, "freq b 432000000");
+    rig_poll_status();
+    doppler_follow(2, -12.5);
+    EXPECT_EQ(rigsim_vfo(&sim, 0), 431999987); // a negative figure puts Rx below Tx
+    doppler_follow(2, 12.5);
+    EXPECT_EQ(rigsim_vfo(&sim, 0), 432000013); // a positive one above
+    EXPECT_EQ(rx_frequency_hz, 432000013.0);
+    EXPECT_EQ(tx_frequency_hz, 432000000.0);
+}
+
+TEST_F(DopplerRig, NoReadingWritesNothing)
+{
+    rigsim_command(&sim, "freq b 5");
+    doppler_follow(1, 100.0);
+    doppler_follow(2, 100.0);
+    doppler_follow(0, 100.0);
+    EXPECT_EQ(rigsim_vfo(&sim, 1), 5);
+    EXPECT_EQ(rigsim_vfo(&sim, 0), 1296000000);
+    EXPECT_EQ(rx_frequency_hz, 1.0);
+    EXPECT_EQ(tx_frequency_hz, 1.0);
+}
+
+TEST_F(DopplerRig, ModeZeroOnlyReads)
+{
+    rigsim_command(&sim, "freq b 1296000700");
+    rig_poll_status();
+    doppler_follow(0, 100.0);
+    EXPECT_EQ(rx_frequency_hz, 1296000000.0);
+    EXPECT_EQ(tx_frequency_hz, 1296000700.0);
+    EXPECT_EQ(rigsim_vfo(&sim, 1), 1296000700);
+}
+
+TEST_F(DopplerRig, GroupFollowsTheTurningDial)
+{
+    // The operator tunes VFO A; with Doppler off VFO B follows it exactly.
+    settings.OmniRigActive = 1;
+    vfo_doppler_mode = 1;
+    doppler_mode = 0;
+    source_table[SOURCE_MOON].doppler_hz = 700.0;
+    for (int pass = 1; pass <= 3; pass++)
+    {
+        rigsim_command(&sim, "turn a 150");
+        doppler_frequency_group();
+        EXPECT_EQ(rigsim_vfo(&sim, 1), 1296000000 + 150 * pass);
+    }
+    EXPECT_STREQ(panel_last_text[PANEL_RX_FREQUENCY], "  1296.00045");
+
+    doppler_mode = 1;
+    doppler_frequency_group();
+    EXPECT_EQ(rigsim_vfo(&sim, 1), 1296000450 - 700);
+    EXPECT_STREQ(panel_last_text[PANEL_TX_FREQUENCY], "  1295.99975");
+}
+
+TEST_F(DopplerRig, OmniRigButtonSwitchesRigControl)
+{
+    serial_close(&rig_link);
+    rig_tables_clear();
+    rig_files_set_folder(rig_test_own_folder().c_str());
+    text_copy(settings.OmniRigFilename, sizeof settings.OmniRigFilename, "Simulator CI-V.ini");
+    text_copy(settings.PortName, sizeof settings.PortName, sim.path);
+    settings.BaudRate = 3;
+    settings.DataBits = 1;
+    size_t frames_before = rigsim_frames(&sim).size();
+
+    doppler_omnirig_pressed();
+    EXPECT_EQ(settings.OmniRigActive, 1);
+    EXPECT_EQ(panel_last_style[PANEL_OMNIRIG], STYLE_DARKGREEN);
+    EXPECT_STREQ(panel_last_status, "OmniRig is active");
+    std::vector<std::string> frames = rigsim_frames(&sim);
+    ASSERT_GT(frames.size(), frames_before);
+    EXPECT_EQ(frames[frames_before], "> FE FE A2 E0 1A 05 01 27 00 FD"); // the file's INIT1
+
+    doppler_omnirig_pressed();
+    EXPECT_EQ(settings.OmniRigActive, 0);
+    EXPECT_EQ(rig_link.port, nullptr);
+    EXPECT_EQ(panel_last_style[PANEL_OMNIRIG], STYLE_GRAY);
+    EXPECT_STREQ(panel_last_status, "OmniRig is inactive");
+}

@@ -1,0 +1,236 @@
+#include "rigsim_civ.h"
+
+#include <cstring>
+
+enum
+{
+    CIV_PREAMBLE = 0xFE,
+    CIV_END = 0xFD,
+    CIV_OK = 0xFB,
+    CIV_NG = 0xFA,
+    CIV_BROADCAST = 0x00
+};
+
+int rigsim_civ_feed(RigsimCivStream *stream, uint8_t byte)
+{
+    // A frame starts at two preambles; anything before them is line noise.
+    if (stream->length < 2 && byte != CIV_PREAMBLE)
+    {
+        stream->length = 0;
+        return 0;
+    }
+    if (byte == CIV_PREAMBLE && stream->length >= 2 && stream->frame[stream->length - 1] == CIV_PREAMBLE)
+    {
+        // A new frame began before the last one ended (or a third preamble
+        // came): start again from this pair. No data byte is ever FE.
+        stream->length = 2;
+        return 0;
+    }
+    if (stream->length >= (int)sizeof stream->frame)
+    {
+        stream->length = 0;
+        return 0;
+    }
+    stream->frame[stream->length++] = byte;
+    if (byte == CIV_END)
+    {
+        int length = stream->length;
+        stream->length = 0;
+        return length;
+    }
+    return 0;
+}
+
+void rigsim_civ_put_frequency(int64_t hz, uint8_t bcd[5])
+{
+    for (int i = 0; i < 5; i++)
+    {
+        int low = (int)(hz % 10);
+        hz /= 10;
+        int high = (int)(hz % 10);
+        hz /= 10;
+        bcd[i] = (uint8_t)((high << 4) | low);
+    }
+}
+
+int64_t rigsim_civ_get_frequency(const uint8_t bcd[5])
+{
+    int64_t hz = 0;
+    for (int i = 4; i >= 0; i--)
+    {
+        hz = hz * 100 + (bcd[i] >> 4) * 10 + (bcd[i] & 0x0F);
+    }
+    return hz;
+}
+
+static int rigsim_civ_frame(const RigsimRadio *radio, uint8_t to, const uint8_t *body, int body_length,
+                            uint8_t *reply, int size)
+{
+    if (body_length + 5 > size)
+    {
+        return 0;
+    }
+    reply[0] = CIV_PREAMBLE;
+    reply[1] = CIV_PREAMBLE;
+    reply[2] = to;
+    reply[3] = radio->address;
+    memcpy(reply + 4, body, (size_t)body_length);
+    reply[4 + body_length] = CIV_END;
+    return body_length + 5;
+}
+
+// The answer to a command once the frame is known to be ours: the reply body,
+// or a single FB (done) or FA (not understood).
+static int rigsim_civ_body(RigsimRadio *radio, const uint8_t *data, int n, uint8_t *body)
+{
+    int cmd = data[0];
+    int sel = radio->selected;
+    switch (cmd)
+    {
+    case 0x03: // read the operating frequency
+        body[0] = 0x03;
+        rigsim_civ_put_frequency(radio->vfo[sel], body + 1);
+        return 6;
+    case 0x05: // set the operating frequency
+        if (n != 6)
+        {
+            break;
+        }
+        radio->vfo[sel] = rigsim_civ_get_frequency(data + 1);
+        body[0] = CIV_OK;
+        return 1;
+    case 0x25: // selected (00) or unselected (01) VFO, read or set
+        if (n < 2 || data[1] > 1)
+        {
+            break;
+        }
+        if (n == 2)
+        {
+            body[0] = 0x25;
+            body[1] = data[1];
+            rigsim_civ_put_frequency(radio->vfo[data[1] ? 1 - sel : sel], body + 2);
+            return 7;
+        }
+        if (n != 7)
+        {
+            break;
+        }
+        radio->vfo[data[1] ? 1 - sel : sel] = rigsim_civ_get_frequency(data + 2);
+        body[0] = CIV_OK;
+        return 1;
+    case 0x07: // VFO A/B or main/sub, equalise, swap; D2 reads which is in use
+        if (n == 2 && (data[1] == 0x00 || data[1] == 0x01 || data[1] == 0xD0 || data[1] == 0xD1))
+        {
+            radio->selected = data[1] & 1;
+        }
+        else if (n == 2 && data[1] == 0xA0)
+        {
+            radio->vfo[1 - sel] = radio->vfo[sel];
+        }
+        else if (n == 2 && data[1] == 0xB0)
+        {
+            int64_t other = radio->vfo[1 - sel];
+            radio->vfo[1 - sel] = radio->vfo[sel];
+            radio->vfo[sel] = other;
+        }
+        else if (n == 2 && data[1] == 0xD2)
+        {
+            body[0] = 0x07;
+            body[1] = 0xD2;
+            body[2] = (uint8_t)sel;
+            return 3;
+        }
+        else
+        {
+            break;
+        }
+        body[0] = CIV_OK;
+        return 1;
+    case 0x04: // read the mode
+        body[0] = 0x04;
+        body[1] = (uint8_t)radio->mode;
+        body[2] = 0x01;
+        return 3;
+    case 0x06: // set the mode
+        if (n < 2)
+        {
+            break;
+        }
+        radio->mode = data[1];
+        body[0] = CIV_OK;
+        return 1;
+    case 0x0F: // split
+        if (n == 1)
+        {
+            body[0] = 0x0F;
+            body[1] = (uint8_t)radio->split;
+            return 2;
+        }
+        radio->split = data[1] == 0x01;
+        body[0] = CIV_OK;
+        return 1;
+    case 0x1C: // transmit state
+        if (n == 2 && data[1] == 0x00)
+        {
+            body[0] = 0x1C;
+            body[1] = 0x00;
+            body[2] = (uint8_t)radio->transmit;
+            return 3;
+        }
+        if (n == 3 && data[1] == 0x00)
+        {
+            radio->transmit = data[2] != 0;
+            body[0] = CIV_OK;
+            return 1;
+        }
+        break;
+    case 0x14: // levels (two data bytes): read as 0, set accepted
+    case 0x16: // functions
+    case 0x1A: // menu settings
+    case 0x21: // RIT
+        if (n == 2 || (cmd == 0x1A && n < 5))
+        {
+            int zeros = cmd == 0x14 ? 2 : 1;
+            memcpy(body, data, (size_t)n);
+            memset(body + n, 0, (size_t)zeros);
+            return n + zeros;
+        }
+        body[0] = CIV_OK;
+        return 1;
+    default:
+        break;
+    }
+    body[0] = CIV_NG;
+    return 1;
+}
+
+int rigsim_civ_reply(RigsimRadio *radio, const uint8_t *frame, int length, uint8_t *reply, int size)
+{
+    // FE FE to from command ... FD: at least a command byte.
+    if (length < 6 || frame[0] != CIV_PREAMBLE || frame[1] != CIV_PREAMBLE || frame[length - 1] != CIV_END)
+    {
+        return 0;
+    }
+    uint8_t to = frame[2];
+    uint8_t from = frame[3];
+    if (to != radio->address && to != CIV_BROADCAST)
+    {
+        return 0;
+    }
+    const uint8_t *data = frame + 4;
+    int n = length - 5;
+    // Transceive commands (00 frequency, 01 mode) are announcements: no answer.
+    if (data[0] == 0x00 && n == 6)
+    {
+        radio->vfo[radio->selected] = rigsim_civ_get_frequency(data + 1);
+        return 0;
+    }
+    if (data[0] == 0x01)
+    {
+        radio->mode = n > 1 ? data[1] : radio->mode;
+        return 0;
+    }
+    uint8_t body[40];
+    int body_length = rigsim_civ_body(radio, data, n < 32 ? n : 32, body);
+    return rigsim_civ_frame(radio, from, body, body_length, reply, size);
+}
