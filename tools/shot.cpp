@@ -16,6 +16,10 @@
 #include "rig/rig_dialog.h"
 
 #include "core/app.h"
+#include "widgets/dx_station_dialog.h"
+#include "widgets/home_station_dialog.h"
+#include "widgets/keyboard_dialog.h"
+#include "widgets/keypad_dialog.h"
 
 #include <QApplication>
 #include <QDir>
@@ -146,6 +150,35 @@ int main(int argc, char *argv[])
 
         RigControlDialog rig(&window);
         status |= shot_dialog(&rig, out, "rig_control");
+
+        KeypadDialog keypad;
+        keypad.load("1296.05");
+        status |= shot_dialog(&keypad, out, "keypad");
+
+        KeyboardDialog keyboard;
+        keyboard.load("Callsign", "DL7");
+        status |= shot_dialog(&keyboard, out, "keyboard");
+        keyboard.KeyUpArrow_Pressed();
+        status |= shot_dialog(&keyboard, out, "keyboard_shifted");
+        keyboard.KeyMode_Pressed();
+        status |= shot_dialog(&keyboard, out, "keyboard_symbols");
+
+        // A fresh home has no station yet; show the dialog as an operator
+        // would see it filled in. A given home keeps its own.
+        if (home == temp_home && !settings.Callsign[0])
+        {
+            text_copy(settings.Callsign, sizeof settings.Callsign, "DL7APV");
+            text_copy(settings.Grid, sizeof settings.Grid, "JO62sm");
+            text_copy(settings.Location, sizeof settings.Location, "Berlin");
+            settings.Frequency = 1296.0;
+            settings.Latitude = 52.5;
+            settings.Longitude = 13.5;
+        }
+        HomeStationDialog home_dialog(&window);
+        status |= shot_dialog(&home_dialog, out, "home_station");
+
+        DxStationDialog dx(&window);
+        status |= shot_dialog(&dx, out, "dx_station");
     }
     if (home == temp_home)
     {

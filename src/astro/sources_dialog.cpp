@@ -5,7 +5,7 @@
 #include "core/clock.h"
 #include "core/state.h"
 #include "ui_sources_dialog.h"
-#include "widgets/keypad.h"
+#include "widgets/enter.h"
 
 #include <QColor>
 #include <QTableWidgetItem>

@@ -12,6 +12,9 @@
 #include "rig/rig_dialog.h"
 #include "ui_mainwindow.h"
 #include "widgets/compass.h"
+#include "widgets/dx_station_dialog.h"
+#include "widgets/home_station_dialog.h"
+#include "widgets/locator.h"
 
 #include <QCoreApplication>
 #include <QMenuBar>
@@ -225,6 +228,8 @@ void MainWindow::createMenus(void)
     menu_bar->setStyleSheet(panel_style_text(STYLE_MENU_BAR));
     QMenu *configure = menu_bar->addMenu(tr("Configure"));
     configure->setStyleSheet(panel_style_text(STYLE_MENU));
+    connect(configure->addAction(tr("HomeStation")), &QAction::triggered, this, &MainWindow::HomeStation);
+    connect(configure->addAction(tr("Dx Station")), &QAction::triggered, this, &MainWindow::DxStation);
     connect(configure->addAction(tr("Rig Control")), &QAction::triggered, this, &MainWindow::RigControl);
     QAction *about = menu_bar->addAction(tr("About"));
     connect(about, &QAction::triggered, this, &MainWindow::About);
@@ -303,6 +308,48 @@ void MainWindow::RigControl(void)
     {
         rig_dialog_accepted();
     }
+}
+
+// The cycle stands still while the home station is edited: the Doppler,
+// the source positions and the remote links all hang on it.
+void MainWindow::HomeStation(void)
+{
+    timer->stop();
+    panel_style(PANEL_STOP, STYLE_GRAY);
+    HomeStationDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        SaveSettings(ini_file_name, &settings);
+        home_station_valid = settings.Grid[0] != 0;
+        doppler_mode = 1;
+        UpdateDisplay();
+    }
+    // The remote display writes everything afresh at its next turn.
+    source_changed = 1;
+    az_changed = 1;
+    el_changed = 1;
+    SendPskSelfReport();
+    timer->start(CYCLE_TICK_MS);
+}
+
+// The DX station is only read, never driven to, so tracking goes on behind
+// the list.
+void MainWindow::DxStation(void)
+{
+    DxStationDialog dialog(this);
+    if (dialog.exec() != QDialog::Accepted)
+    {
+        return;
+    }
+    double latitude, longitude;
+    dx_station_valid = 0;
+    if (dx_grid[0] && grid_to_position(dx_grid, &latitude, &longitude) == 0)
+    {
+        dx_latitude = latitude;
+        dx_longitude = longitude;
+        dx_station_valid = 1;
+    }
+    UpdateDisplay();
 }
 
 void MainWindow::About(void)

@@ -79,6 +79,8 @@ class MainWindow : public QMainWindow
     void SourceAzimuthMousePressed(void);
     void SourceElevationMousePressed(void);
 
+    void HomeStation(void);
+    void DxStation(void);
     void RigControl(void);
     void About(void);
 

@@ -3,6 +3,7 @@
 #include "astro/source_names.h"
 #include "core/panel_seam.h"
 #include "core/state.h"
+#include "widgets/locator.h"
 
 #include <cctype>
 #include <cstdio>
@@ -61,6 +62,21 @@ static void panel_doppler_buttons(void)
     }
 }
 
+// With no Doppler chosen the two Doppler labels are free, and tell how far
+// away the DX station is and where to point for it.
+static void panel_station_figures(void)
+{
+    if (doppler_mode != 0 || !home_station_valid || !dx_station_valid)
+    {
+        return;
+    }
+    char text[32];
+    snprintf(text, sizeof text, "%7.2f km", grid_distance(settings.Grid, dx_grid));
+    panel_text(PANEL_HOME_DOPPLER, text);
+    snprintf(text, sizeof text, "%5.2f", grid_bearing(settings.Grid, dx_grid));
+    panel_text(PANEL_DX_DOPPLER, text);
+}
+
 static void panel_rig_button(void)
 {
     if (doppler_mode == 3)
@@ -106,6 +122,7 @@ void panel_update_display(void)
     panel_source_name();
     panel_stations();
     panel_doppler_buttons();
+    panel_station_figures();
     panel_rig_button();
     panel_manual_buttons();
 }
