@@ -1,11 +1,17 @@
 #include "core/mainwindow.h"
 
 #include "astro/sources_dialog.h"
+#include "bus/sei_commands.h"
+#include "bus/sei_link.h"
 #include "core/about_dialog.h"
+#include "core/antenna_dialog.h"
 #include "core/cycle.h"
 #include "core/display.h"
+#include "core/drive.h"
 #include "core/panel.h"
 #include "core/panel_seam.h"
+#include "core/panel_slots.h"
+#include "core/position_group.h"
 #include "core/settings.h"
 #include "core/state.h"
 #include "rig/doppler.h"
@@ -28,6 +34,11 @@ static void cycle_run_display(void *window, int source)
 static void cycle_run_position(void *window, int source)
 {
     static_cast<MainWindow *>(window)->PositionGroup(source);
+}
+
+static void cycle_run_adc(void *, int)
+{
+    adc_group();
 }
 
 static void cycle_run_frequency(void *, int)
@@ -69,6 +80,17 @@ MainWindow::MainWindow(int instance, QWidget *parent)
     UpdateDisplay();
     applyInitialStyles();
 
+    // Without a bus the station still tracks on paper: the read errors and
+    // this message say why the antenna does not follow.
+    if (sei_open() < 0)
+    {
+        panel_status("Morvane communication failure", 0);
+    }
+    else
+    {
+        sei_wakeup();
+    }
+
     SetupTrackingSource();
 
     connect(timer, &QTimer::timeout, this, &MainWindow::TimerEvent);
@@ -78,6 +100,13 @@ MainWindow::MainWindow(int instance, QWidget *parent)
 MainWindow::~MainWindow()
 {
     timer->stop();
+    // No motor may outlive the program: every output off, whatever the flags
+    // say, before the bus goes.
+    all_relays_off();
+    all_pwm_off();
+    // Asleep, the encoders count no stray pulses while the power goes off.
+    sei_sleep(SEI_BROADCAST);
+    sei_close();
     SaveSettings(ini_file_name, &settings);
     panel_unregister_all();
     delete ui;
@@ -231,6 +260,9 @@ void MainWindow::createMenus(void)
     connect(configure->addAction(tr("HomeStation")), &QAction::triggered, this, &MainWindow::HomeStation);
     connect(configure->addAction(tr("Dx Station")), &QAction::triggered, this, &MainWindow::DxStation);
     connect(configure->addAction(tr("Rig Control")), &QAction::triggered, this, &MainWindow::RigControl);
+    QMenu *tracking = menu_bar->addMenu(tr("Tracking"));
+    tracking->setStyleSheet(panel_style_text(STYLE_MENU));
+    connect(tracking->addAction(tr("Parameters")), &QAction::triggered, this, &MainWindow::Antenna);
     QAction *about = menu_bar->addAction(tr("About"));
     connect(about, &QAction::triggered, this, &MainWindow::About);
 }
@@ -242,7 +274,7 @@ void MainWindow::UpdateDisplay(void)
 
 void MainWindow::SetupTrackingSource(void)
 {
-    UpdateDisplay();
+    panel_setup_tracking_source();
 }
 
 void MainWindow::SendPskSelfReport(void)
@@ -255,6 +287,9 @@ void MainWindow::TimerEvent(void)
     actions.context = this;
     actions.run[CYCLE_DISPLAY] = cycle_run_display;
     actions.run[CYCLE_POSITION] = cycle_run_position;
+    actions.run[CYCLE_ADC] = cycle_run_adc;
+}
+
     actions.run[CYCLE_FREQUENCY] = cycle_run_frequency;
     actions.run[CYCLE_PANEL_PAGE] = cycle_run_panel_page;
     CycleConditions conditions = cycle_conditions_now();
@@ -266,8 +301,10 @@ void MainWindow::DisplayGroup(int source)
     display_group(source, ui->panelSlider->value());
 }
 
-void MainWindow::PositionGroup(int)
+void MainWindow::PositionGroup(int source)
 {
+    PositionLimits limits = position_group(ui->panelSlider->value());
+    drive_step(source, limits.through_north, limits.az_limit_hit, limits.el_limit_hit);
 }
 
 void MainWindow::PanelPageGroup(void)
@@ -315,7 +352,7 @@ void MainWindow::RigControl(void)
 void MainWindow::HomeStation(void)
 {
     timer->stop();
-    panel_style(PANEL_STOP, STYLE_GRAY);
+    panel_pause_begin();
     HomeStationDialog dialog(this);
     if (dialog.exec() == QDialog::Accepted)
     {
@@ -324,10 +361,7 @@ void MainWindow::HomeStation(void)
         doppler_mode = 1;
         UpdateDisplay();
     }
-    // The remote display writes everything afresh at its next turn.
-    source_changed = 1;
-    az_changed = 1;
-    el_changed = 1;
+    panel_pause_end();
     SendPskSelfReport();
     timer->start(CYCLE_TICK_MS);
 }
@@ -352,6 +386,21 @@ void MainWindow::DxStation(void)
     UpdateDisplay();
 }
 
+// The drive's parameters change under it, so it stands still while they are
+// edited; a Cancel keeps the edits, only Ok saves them.
+void MainWindow::Antenna(void)
+{
+    timer->stop();
+    panel_pause_begin();
+    AntennaDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        panel_antenna_accepted(ui->panelSlider->value());
+    }
+    panel_pause_end();
+    timer->start(CYCLE_TICK_MS);
+}
+
 void MainWindow::About(void)
 {
     AboutDialog dialog(this);
@@ -372,58 +421,69 @@ void MainWindow::SourceButtonPressed(void)
     SetupTrackingSource();
 }
 
-// The slots below belong to the drive, the rig and the remote links; each is
-// filled in as its subsystem joins the panel.
 void MainWindow::AzSourceButtonPressed(void)
 {
+    panel_az_source_pressed();
 }
 
 void MainWindow::ElSourceButtonPressed(void)
 {
+    panel_el_source_pressed();
 }
 
 void MainWindow::AutoButtonPressed(void)
 {
+    drive_auto_pressed();
 }
 
 void MainWindow::ParkButtonPressed(void)
 {
+    drive_park_pressed();
 }
 
 void MainWindow::StopButtonPressed(void)
 {
+    drive_stop_pressed();
 }
 
 void MainWindow::AzManualButtonPressed(void)
 {
+    drive_az_manual_pressed();
 }
 
 void MainWindow::ElManualButtonPressed(void)
 {
+    drive_el_manual_pressed();
 }
 
 void MainWindow::LeftButtonPressed(void)
 {
+    drive_left_pressed();
 }
 
 void MainWindow::RightButtonPressed(void)
 {
+    drive_right_pressed();
 }
 
 void MainWindow::UpButtonPressed(void)
 {
+    drive_up_pressed();
 }
 
 void MainWindow::DownButtonPressed(void)
 {
+    drive_down_pressed();
 }
 
 void MainWindow::AzCalibrateButtonPressed(void)
 {
+    panel_az_calibrate_pressed();
 }
 
 void MainWindow::ElCalibrateButtonPressed(void)
 {
+    panel_el_calibrate_pressed();
 }
 
 void MainWindow::TxButtonPressed(void)

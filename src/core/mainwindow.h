@@ -81,6 +81,7 @@ class MainWindow : public QMainWindow
 
     void HomeStation(void);
     void DxStation(void);
+    void Antenna(void);
     void RigControl(void);
     void About(void);
 

@@ -75,10 +75,10 @@ TEST_F(Cycle, FirstTickRunsEveryGatedGroupInOrder)
         conditions.weather_enabled[i] = 1;
     }
     run(1);
-    std::vector<int> expected = {CYCLE_DISPLAY,     CYCLE_POSITION,       CYCLE_ADC,         CYCLE_EASYCOMM,
-                                 CYCLE_FREQUENCY,   CYCLE_WIND_SPEED,     CYCLE_WIND_DIRECTION,
-                                 CYCLE_THERMOMETER, CYCLE_ALTIMETER,      CYCLE_BAROMETER,   CYCLE_REMOTE_DISPLAY,
-                                 CYCLE_PANEL_PAGE};
+    std::vector<int> expected = {CYCLE_DISPLAY,        CYCLE_POSITION,       CYCLE_ADC,
+                                 CYCLE_EASYCOMM,       CYCLE_FREQUENCY,      CYCLE_WIND_SPEED,
+                                 CYCLE_WIND_DIRECTION, CYCLE_THERMOMETER,    CYCLE_ALTIMETER,
+                                 CYCLE_BAROMETER,      CYCLE_REMOTE_DISPLAY, CYCLE_PANEL_PAGE};
     EXPECT_EQ(expected, log.order);
     EXPECT_EQ(0, refresh_now);
 }
@@ -156,7 +156,8 @@ TEST_F(Cycle, TrackingSourceIsTakenOnceAtEntry)
     static int seen[2];
     static int calls;
     calls = 0;
-    actions.run[CYCLE_DISPLAY] = [](void *, int source) {
+    actions.run[CYCLE_DISPLAY] = [](void *, int source)
+    {
         seen[calls++] = source;
         settings.TrackingSource = 9; // a dialog slot changing it mid-tick
     };

@@ -65,15 +65,14 @@ TEST_F(Window, InstanceNumberNamesFileAndTitle)
 TEST_F(Window, EveryControlOfTheFormByName)
 {
     MainWindow w(0);
-    const char *buttons[] = {"MenuButton",       "SourceButton",      "SourceAzimuth",      "SourceElevation",
-                             "antennaAzimuth",   "antennaElevation",  "HomeStationButton",  "DxStationButton",
-                             "AzCalibrateButton", "ElCalibrateButton", "autoButton",         "parkButton",
-                             "stopButton",       "AzManualButton",    "ElManualButton",     "TxDopplerButton",
-                             "RxDopplerButton",  "MutualDopplerButton", "OmniRigButton"};
-    const char *labels[] = {"CallSign",  "Location",  "DateTime",    "RiseTime",    "SetTime",
-                            "AU",        "LHA_Label", "LHA",         "DEC_Label",   "Declination",
-                            "txFrequency", "rxFrequency", "HomeDoppler", "DxDoppler", "MutualDoppler",
-                            "WindSpeed", "WindDirection", "Thermometer"};
+    const char *buttons[] = {"MenuButton",        "SourceButton",        "SourceAzimuth",     "SourceElevation",
+                             "antennaAzimuth",    "antennaElevation",    "HomeStationButton", "DxStationButton",
+                             "AzCalibrateButton", "ElCalibrateButton",   "autoButton",        "parkButton",
+                             "stopButton",        "AzManualButton",      "ElManualButton",    "TxDopplerButton",
+                             "RxDopplerButton",   "MutualDopplerButton", "OmniRigButton"};
+    const char *labels[] = {"CallSign",    "Location",  "DateTime",      "RiseTime",    "SetTime",       "AU",
+                            "LHA_Label",   "LHA",       "DEC_Label",     "Declination", "txFrequency",   "rxFrequency",
+                            "HomeDoppler", "DxDoppler", "MutualDoppler", "WindSpeed",   "WindDirection", "Thermometer"};
     const char *arrows[] = {"leftButton", "rightButton", "upButton", "downButton"};
     for (const char *name : buttons)
     {

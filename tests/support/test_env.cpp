@@ -1,7 +1,10 @@
 #include "support/test_env.h"
 
 #include "bus/encoders.h"
+#include "bus/position.h"
+#include "bus/sei_link.h"
 #include "core/clock.h"
+#include "core/drive.h"
 #include "core/panel_seam.h"
 #include "core/settings.h"
 #include "core/state.h"
@@ -36,6 +39,9 @@ void test_reset_state(void)
     remote_adapter_hint[0] = 0;
     rig_reset();
     rig_files_set_folder(nullptr);
+    sei_link_reset();
+    position_reset();
+    drive_set_bus(nullptr);
 }
 
 std::string test_read_file(const std::string &path)

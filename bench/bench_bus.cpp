@@ -1,0 +1,112 @@
+// The bus against the in-process simulator: one position exchange, a whole
+// read pass, and what a silent device costs for each read budget.
+#include "bus/encoders.h"
+#include "bus/position.h"
+#include "bus/sei_commands.h"
+#include "bus/sei_link.h"
+#include "core/clock.h"
+#include "core/ini_file.h"
+#include "core/settings.h"
+#include "core/state.h"
+#include "sim/control.h"
+#include "sim/pty_server.h"
+
+#include <QDir>
+#include <benchmark/benchmark.h>
+
+static void bench_no_sleep(int)
+{
+}
+
+// One simulator and one open bus for the whole run.
+static SimServer *bench_bus(void)
+{
+    static SimServer *server;
+    if (server)
+    {
+        return server;
+    }
+    server = new SimServer;
+    sim_station_init(&server->station);
+    if (sim_server_start(server, nullptr) != 0)
+    {
+        return server;
+    }
+    char path[600];
+    QDir().mkpath(QString::fromUtf8(settings_directory()));
+    settings_path(ini_file_name, path, sizeof path);
+    IniFile ini;
+    ini_read(path, &ini);
+    ini_set(&ini, "SEI", "PortName", server->device);
+    ini_write(path, &ini);
+    clock_set_sleep_hook(bench_no_sleep);
+    sei_open();
+    return server;
+}
+
+static void bench_control(const char *line)
+{
+    char reply[256];
+    sim_server_control(bench_bus(), line, reply, sizeof reply);
+}
+
+static void BM_PositionRoundTrip(benchmark::State &state)
+{
+    bench_bus();
+    bench_control("silent 0 off");
+    uint32_t position = 0;
+    for (auto _ : state)
+    {
+        if (sei_read_position(0, 0, &position) != 0)
+        {
+            state.SkipWithError("no reply");
+            break;
+        }
+    }
+    benchmark::DoNotOptimize(position);
+}
+BENCHMARK(BM_PositionRoundTrip)->UseRealTime()->Unit(benchmark::kMicrosecond)->Repetitions(5)
+    ->ReportAggregatesOnly(true);
+
+static void BM_ReadPassBothAxes(benchmark::State &state)
+{
+    bench_bus();
+    bench_control("silent 0 off");
+    for (int n = 0; n < ENCODER_COUNT; n++)
+    {
+        encoders[n].Type = encoder_default_type(n);
+    }
+    settings.AZ_Addr = 0;
+    settings.EL_Addr = 1;
+    position_reset();
+    ReadPosition();
+    for (auto _ : state)
+    {
+        if (ReadPosition() != 0)
+        {
+            state.SkipWithError("read error");
+            break;
+        }
+    }
+}
+BENCHMARK(BM_ReadPassBothAxes)->UseRealTime()->Unit(benchmark::kMicrosecond)->Repetitions(5)
+    ->ReportAggregatesOnly(true);
+
+// A silent device costs its whole budget of empty 2 ms reads; the nominal
+// cost is twice the budget in milliseconds.
+static void BM_SilentDeviceBudget(benchmark::State &state)
+{
+    bench_bus();
+    bench_control("silent 0 on");
+    int budget = (int)state.range(0);
+    const uint8_t request[2] = {0xF0, SEI_READ_RESOLUTION};
+    uint8_t reply[3];
+    for (auto _ : state)
+    {
+        sei_transact(request, 2, reply, 3, budget);
+    }
+    state.counters["nominal_ms"] = 2.0 * budget;
+    bench_control("silent 0 off");
+}
+BENCHMARK(BM_SilentDeviceBudget)->Arg(SEI_BUDGET_SHORT)->Arg(SEI_BUDGET_NORMAL)->Iterations(5)->UseRealTime()
+    ->Unit(benchmark::kMillisecond);

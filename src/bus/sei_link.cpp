@@ -1,0 +1,317 @@
+#include "bus/sei_link.h"
+
+#include "core/clock.h"
+#include "core/ini_file.h"
+#include "core/settings.h"
+#include "core/state.h"
+
+#include <QDebug>
+#include <QDir>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <mutex>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+SeiSettings sei_settings;
+
+static int sei_fd = -1;
+static FILE *sei_log_file;
+static std::mutex sei_mutex;
+
+static const char *const sei_section = "SEI";
+static const char *const sei_default_port = "/dev/ttyUSB0";
+
+int sei_load_settings(const char *ini_name, SeiSettings *record)
+{
+    char path[600];
+    settings_path(ini_name, path, sizeof path);
+    IniFile ini;
+    ini_read(path, &ini);
+
+    SeiDebug = ini_int(&ini, sei_section, "SeiDebug", "0");
+    SeiDebugVerbose = ini_int(&ini, sei_section, "SeiDebugVerbose", "0");
+    ini_text(&ini, sei_section, "PortName", sei_default_port, record->PortName, sizeof record->PortName);
+    record->BaudRate = settings_baud_index(ini_int(&ini, sei_section, "BaudRate", "9600"));
+    record->DataBits = ini_int(&ini, sei_section, "DataBits", "8") == 7 ? 0 : 1;
+    double stop = ini_double(&ini, sei_section, "StopBits", "1");
+    record->StopBits = stop == 1.0 ? 0 : stop == 1.5 ? 1 : 2;
+    record->Parity = settings_parity_index(ini_value(&ini, sei_section, "Parity", "None"));
+    record->FlowControl = settings_flow_index(ini_value(&ini, sei_section, "FlowControl", "None"));
+    return 0;
+}
+
+int sei_save_settings(const char *ini_name, const SeiSettings *record)
+{
+    static const char *const stop_words[3] = {"1", "1.5", "2"};
+    char path[600];
+    settings_path(ini_name, path, sizeof path);
+    IniFile ini;
+    ini_read(path, &ini);
+
+    int stop = record->StopBits >= 0 && record->StopBits <= 2 ? record->StopBits : 2;
+    ini_set_int(&ini, sei_section, "SeiDebug", SeiDebug);
+    ini_set_int(&ini, sei_section, "SeiDebugVerbose", SeiDebugVerbose);
+    ini_set(&ini, sei_section, "PortName", record->PortName);
+    ini_set_int(&ini, sei_section, "BaudRate", settings_baud_rate(record->BaudRate));
+    ini_set_int(&ini, sei_section, "DataBits", record->DataBits == 0 ? 7 : 8);
+    ini_set(&ini, sei_section, "StopBits", stop_words[stop]);
+    ini_set(&ini, sei_section, "Parity", settings_parity_text(record->Parity));
+    ini_set(&ini, sei_section, "FlowControl", settings_flow_text(record->FlowControl));
+    return ini_write(path, &ini) == 0 ? 0 : -1;
+}
+
+int sei_port_baud(int index)
+{
+    // 14400 is not a speed the serial drivers offer; such a setting is kept in
+    // the file but the line runs at 9600.
+    if (index == 4)
+    {
+        return 9600;
+    }
+    return settings_baud_rate(index);
+}
+
+static speed_t sei_speed(int baud)
+{
+    switch (baud)
+    {
+    case 1200: return B1200;
+    case 2400: return B2400;
+    case 4800: return B4800;
+    case 19200: return B19200;
+    case 38400: return B38400;
+    case 57600: return B57600;
+    default: return B9600;
+    }
+}
+
+void sei_log(const char *format, ...)
+{
+    if (!sei_log_file || !SeiDebug || !SeiDebugVerbose)
+    {
+        return;
+    }
+    va_list args;
+    va_start(args, format);
+    vfprintf(sei_log_file, format, args);
+    va_end(args);
+    fflush(sei_log_file);
+}
+
+// A log that cannot be created is simply not written; the bus works without it.
+static void sei_log_create(void)
+{
+    char path[600];
+    QDir().mkpath(QString::fromUtf8(settings_directory()));
+    settings_path("sei_debug.log", path, sizeof path);
+    sei_log_file = fopen(path, "w");
+    if (!sei_log_file)
+    {
+        return;
+    }
+    time_t now = clock_utc();
+    struct tm fields;
+    gmtime_r(&now, &fields);
+    fprintf(sei_log_file, "Log created: %s\n", TimeText(&fields));
+    fprintf(sei_log_file, "=============================================\n");
+    fflush(sei_log_file);
+}
+
+static void sei_log_close(void)
+{
+    if (sei_log_file)
+    {
+        fclose(sei_log_file);
+        sei_log_file = nullptr;
+    }
+}
+
+void sei_line_termios(const SeiSettings *s, struct termios *tio)
+{
+    tcflag_t kept_iflag = tio->c_iflag & (IXON | IXOFF | IXANY);
+    tcflag_t kept_cflag = tio->c_cflag & CRTSCTS;
+    cfmakeraw(tio);
+    tio->c_iflag = (tio->c_iflag & ~(IXON | IXOFF | IXANY | INPCK)) | kept_iflag;
+    tio->c_cflag = (tio->c_cflag & ~(CSIZE | PARENB | PARODD | CMSPAR | CSTOPB | CRTSCTS)) | kept_cflag;
+    tio->c_cflag |= CREAD | CLOCAL | (s->DataBits == 0 ? CS7 : CS8);
+    switch (s->Parity)
+    {
+    case 1: tio->c_cflag |= PARENB | PARODD; break;
+    case 2: tio->c_cflag |= PARENB; break;
+    case 3: tio->c_cflag |= PARENB | CMSPAR | PARODD; break;
+    case 4: tio->c_cflag |= PARENB | CMSPAR; break;
+    default: break;
+    }
+    // Linux has no 1.5 stop bits; it sends two, as most drivers do.
+    if (s->StopBits != 0)
+    {
+        tio->c_cflag |= CSTOPB;
+    }
+    // Reads never block here: sei_transact waits for each byte with poll.
+    tio->c_cc[VMIN] = 0;
+    tio->c_cc[VTIME] = 0;
+    speed_t speed = sei_speed(sei_port_baud(s->BaudRate));
+    cfsetispeed(tio, speed);
+    cfsetospeed(tio, speed);
+}
+
+static int sei_open_port(const char *name)
+{
+    int fd = open(name, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+    {
+        return -1;
+    }
+    struct termios probe;
+    if (tcgetattr(fd, &probe) != 0 || ioctl(fd, TIOCEXCL) != 0)
+    {
+        close(fd);
+        return -1;
+    }
+    // Opened without waiting for a carrier; from here on the port blocks.
+    fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+    return fd;
+}
+
+int sei_open(void)
+{
+    sei_load_settings(ini_file_name, &sei_settings);
+    if (SeiDebug)
+    {
+        sei_log_create();
+    }
+    int fd = sei_open_port(sei_settings.PortName);
+    if (fd < 0)
+    {
+        qDebug("SEI port %s could not be opened", sei_settings.PortName);
+        sei_save_settings(ini_file_name, &sei_settings);
+        if (SeiDebug)
+        {
+            sei_log_close();
+        }
+        return -1;
+    }
+    struct termios tio;
+    if (tcgetattr(fd, &tio) == 0)
+    {
+        sei_line_termios(&sei_settings, &tio);
+        tcsetattr(fd, TCSANOW, &tio);
+    }
+    tcflush(fd, TCIOFLUSH);
+    // DTR and RTS powered the line drivers of the RS485 adapters; a
+    // pseudo-terminal has no modem lines and refuses, which is harmless.
+    int lines = TIOCM_DTR | TIOCM_RTS;
+    ioctl(fd, TIOCMBIS, &lines);
+    {
+        std::lock_guard<std::mutex> hold(sei_mutex);
+        sei_fd = fd;
+    }
+    qDebug("SEI port %s opened successfully", sei_settings.PortName);
+    // The adapters and the encoders behind them need time after DTR rises
+    // before they answer a frame.
+    sys_sleep_ms(2000);
+    return 0;
+}
+
+int sei_close(void)
+{
+    sei_save_settings(ini_file_name, &sei_settings);
+    if (SeiDebug)
+    {
+        sei_log_close();
+    }
+    std::lock_guard<std::mutex> hold(sei_mutex);
+    if (sei_fd >= 0)
+    {
+        int lines = TIOCM_DTR;
+        ioctl(sei_fd, TIOCMBIC, &lines);
+        tcflush(sei_fd, TCIOFLUSH);
+        ioctl(sei_fd, TIOCNXCL);
+        close(sei_fd);
+        sei_fd = -1;
+    }
+    return 0;
+}
+
+void sei_link_reset(void)
+{
+    sei_log_close();
+    std::lock_guard<std::mutex> hold(sei_mutex);
+    if (sei_fd >= 0)
+    {
+        ioctl(sei_fd, TIOCNXCL);
+        close(sei_fd);
+        sei_fd = -1;
+    }
+    memset(&sei_settings, 0, sizeof sei_settings);
+}
+
+int sei_is_open(void)
+{
+    std::lock_guard<std::mutex> hold(sei_mutex);
+    return sei_fd >= 0;
+}
+
+// One byte, or nothing after about 2 ms.
+static int sei_read_byte(int fd, uint8_t *byte)
+{
+    struct pollfd p = {fd, POLLIN, 0};
+    int ready = poll(&p, 1, 2);
+    if (ready < 1 || !(p.revents & POLLIN))
+    {
+        if (ready == 1)
+        {
+            // A hung-up peer reports at once; wait out the read time so a
+            // budget still means time on a dead line.
+            poll(nullptr, 0, 2);
+        }
+        return 0;
+    }
+    return read(fd, byte, 1) == 1 ? 1 : 0;
+}
+
+int sei_transact(const uint8_t *request, int request_length, uint8_t *reply, int reply_length, int read_attempts)
+{
+    std::lock_guard<std::mutex> hold(sei_mutex);
+    if (reply && reply_length >= 1)
+    {
+        memset(reply, 0, (size_t)reply_length);
+    }
+    if (sei_fd < 0)
+    {
+        return -1;
+    }
+    ssize_t written;
+    do
+    {
+        written = write(sei_fd, request, (size_t)request_length);
+    } while (written < 0 && errno == EINTR);
+    if (written != request_length)
+    {
+        return -1;
+    }
+    if (!reply || reply_length < 1)
+    {
+        return (int)written;
+    }
+    int got = 0;
+    int empty = 0;
+    while (got < reply_length && empty < read_attempts)
+    {
+        if (sei_read_byte(sei_fd, &reply[got]) == 1)
+        {
+            got++;
+        }
+        else
+        {
+            empty++;
+        }
+    }
+    return (int)written + got;
+}

@@ -1,0 +1,58 @@
+// The bus in the window: opened at start, read by the cycle, put to sleep and
+// closed at exit. Wiring only; the arithmetic has its own tests.
+#include "sim_fixture.h"
+
+#include "core/clock.h"
+#include "core/ini_file.h"
+#include "core/mainwindow.h"
+#include "core/panel_seam.h"
+#include "core/settings.h"
+
+#include <cstring>
+#include <sys/stat.h>
+
+static void no_sleep(int)
+{
+}
+
+TEST(BusWindow, NoPortStillOpensTheWindowWithTheFailureMessage)
+{
+    test_reset_state();
+    test_clear_settings();
+    struct stat st;
+    if (stat("/dev/ttyUSB0", &st) == 0)
+    {
+        GTEST_SKIP() << "a real adapter is plugged in here";
+    }
+    {
+        MainWindow window(0);
+        EXPECT_STREQ("Morvane communication failure", panel_last_status);
+    }
+    char path[600];
+    settings_path("Morvane.ini", path, sizeof path);
+    EXPECT_NE(std::string::npos, test_read_file(path).find("PortName=/dev/ttyUSB0"));
+}
+
+TEST_F(SimBus, WindowWakesReadsAndPutsTheBusToSleep)
+{
+    sei_link_reset();
+    clock_set_sleep_hook(no_sleep);
+    control("set az 211.5");
+    // The window loads its settings from the file, so the axis addresses
+    // the fixture set must be there too.
+    char path[600];
+    settings_path(ini_file_name, path, sizeof path);
+    IniFile ini;
+    ini_read(path, &ini);
+    ini_set_int(&ini, "ANTENNA", "AZ_Addr", 0);
+    ini_set_int(&ini, "ANTENNA", "EL_Addr", 1);
+    ini_write(path, &ini);
+    {
+        MainWindow window(0);
+        EXPECT_EQ(1, frames_arrived("> 6F", 1));
+        window.TimerEvent();
+        EXPECT_EQ(0, strncmp(" 211.50", panel_last_text[PANEL_ANTENNA_AZIMUTH], 7));
+    }
+    EXPECT_EQ(1, frames_arrived("> 5F", 1));
+    EXPECT_FALSE(sei_is_open());
+}

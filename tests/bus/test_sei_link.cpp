@@ -1,0 +1,306 @@
+#include "pty_peer.h"
+#include "support/test_env.h"
+
+#include "bus/sei_commands.h"
+#include "bus/sei_link.h"
+#include "core/clock.h"
+#include "core/ini_file.h"
+#include "core/settings.h"
+#include "core/state.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <termios.h>
+
+static std::string sei_ini_value(const char *key)
+{
+    char path[600];
+    settings_path(ini_file_name, path, sizeof path);
+    IniFile ini;
+    ini_read(path, &ini);
+    return ini_value(&ini, "SEI", key, "<missing>");
+}
+
+class SeiSettingsFile : public ::testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        test_reset_state();
+        test_clear_settings();
+    }
+};
+
+TEST_F(SeiSettingsFile, OddValuesAreNormalisedWhenWrittenBack)
+{
+    struct Row
+    {
+        const char *key, *stored, *written;
+    };
+    const Row rows[] = {
+        {"BaudRate", "14400", "14400"},  {"BaudRate", "9601", "9600"},     {"BaudRate", "57600", "57600"},
+        {"DataBits", "5", "8"},          {"DataBits", "7", "7"},           {"StopBits", "2.5", "2"},
+        {"StopBits", "1.5", "1.5"},      {"StopBits", "1.0", "1"},         {"Parity", "odd", "None"},
+        {"Parity", "Mark", "Mark"},      {"FlowControl", "Custom", "Custom"}, {"FlowControl", "xon", "None"},
+    };
+    for (const Row &row : rows)
+    {
+        test_clear_settings();
+        bus_set_key(row.key, row.stored);
+        SeiSettings record = {};
+        sei_load_settings(ini_file_name, &record);
+        sei_save_settings(ini_file_name, &record);
+        EXPECT_EQ(row.written, sei_ini_value(row.key)) << row.key << "=" << row.stored;
+    }
+}
+
+TEST_F(SeiSettingsFile, IndicesFollowTheWords)
+{
+    bus_set_key("BaudRate", "14400");
+    bus_set_key("StopBits", "2.5");
+    bus_set_key("DataBits", "5");
+    bus_set_key("Parity", "Even");
+    bus_set_key("SeiDebug", "1");
+    SeiSettings record = {};
+    sei_load_settings(ini_file_name, &record);
+    EXPECT_EQ(4, record.BaudRate);
+    EXPECT_EQ(2, record.StopBits);
+    EXPECT_EQ(1, record.DataBits);
+    EXPECT_EQ(2, record.Parity);
+    EXPECT_EQ(1, SeiDebug);
+    EXPECT_STREQ("/dev/ttyUSB0", record.PortName);
+}
+
+TEST_F(SeiSettingsFile, OtherSectionsSurviveASave)
+{
+    char path[600];
+    settings_path(ini_file_name, path, sizeof path);
+    bus_set_key("PortName", "/dev/ttyS9");
+    IniFile ini;
+    ini_read(path, &ini);
+    ini_set(&ini, "HOME_DATA", "Callsign", "PA3XYZ");
+    ini_write(path, &ini);
+    SeiSettings record = {};
+    sei_load_settings(ini_file_name, &record);
+    sei_save_settings(ini_file_name, &record);
+    ini_read(path, &ini);
+    EXPECT_STREQ("PA3XYZ", ini_value(&ini, "HOME_DATA", "Callsign", ""));
+    EXPECT_STREQ("/dev/ttyS9", ini_value(&ini, "SEI", "PortName", ""));
+}
+
+TEST_F(SeiSettingsFile, FailedOpenSavesTheSectionWithTheDefaultPort)
+{
+    struct stat st;
+    if (stat("/dev/ttyUSB0", &st) == 0)
+    {
+        GTEST_SKIP() << "a real adapter is plugged in here";
+    }
+    EXPECT_EQ(-1, sei_open());
+    EXPECT_EQ("/dev/ttyUSB0", sei_ini_value("PortName"));
+    EXPECT_EQ("9600", sei_ini_value("BaudRate"));
+    EXPECT_EQ("None", sei_ini_value("Parity"));
+    EXPECT_FALSE(sei_is_open());
+}
+
+TEST_F(SeiSettingsFile, ClosedPortFailsEveryExchangeAndZeroesTheReply)
+{
+    uint8_t request[1] = {0x10};
+    uint8_t reply[3] = {7, 7, 7};
+    EXPECT_EQ(-1, sei_transact(request, 1, reply, 3, SEI_BUDGET_LONG));
+    EXPECT_EQ(0, reply[0] | reply[1] | reply[2]);
+    uint32_t position = 99;
+    EXPECT_EQ(1, sei_read_position(0, 0, &position));
+    EXPECT_EQ(99u, position);
+}
+
+// A pseudo-terminal always runs 8 bits without parity, so the frame format is
+// checked on the settings the port is given.
+TEST(SeiLineSettings, SizeParityStopBitsAndKeptFlowControl)
+{
+    struct Row
+    {
+        int data, parity, stop;
+        tcflag_t want;
+    };
+    const Row rows[] = {
+        {1, 0, 0, CS8},
+        {0, 2, 0, CS7 | PARENB},
+        {1, 1, 2, CS8 | PARENB | PARODD | CSTOPB},
+        {1, 3, 1, CS8 | PARENB | PARODD | CMSPAR | CSTOPB},
+        {1, 4, 0, CS8 | PARENB | CMSPAR},
+    };
+    const tcflag_t bits = CSIZE | PARENB | PARODD | CMSPAR | CSTOPB;
+    for (const Row &row : rows)
+    {
+        SeiSettings s = {};
+        s.DataBits = row.data;
+        s.Parity = row.parity;
+        s.StopBits = row.stop;
+        s.BaudRate = 5;
+        struct termios tio = {};
+        tio.c_cflag = CRTSCTS | PARENB;
+        tio.c_iflag = IXON | INPCK;
+        tio.c_lflag = ICANON | ECHO;
+        sei_line_termios(&s, &tio);
+        EXPECT_EQ(row.want, tio.c_cflag & bits) << row.data << row.parity << row.stop;
+        EXPECT_TRUE(tio.c_cflag & CRTSCTS);
+        EXPECT_TRUE(tio.c_iflag & IXON);
+        EXPECT_FALSE(tio.c_iflag & INPCK);
+        EXPECT_FALSE(tio.c_lflag & (ICANON | ECHO));
+        EXPECT_EQ((speed_t)B19200, cfgetospeed(&tio));
+    }
+}
+
+class SeiLink : public ::testing::Test
+{
+  protected:
+    PtyPeer peer = {-1, -1, ""};
+    void SetUp() override
+    {
+        test_reset_state();
+        test_clear_settings();
+        ASSERT_EQ(0, pty_peer_open(&peer));
+    }
+    void TearDown() override
+    {
+        sei_link_reset();
+        pty_peer_close(&peer);
+    }
+};
+
+static int settle_sleeps;
+static void count_sleep(int ms)
+{
+    settle_sleeps += ms;
+}
+
+TEST_F(SeiLink, OpensRawAndSettlesTwoSeconds)
+{
+    bus_set_key("PortName", peer.device);
+    settle_sleeps = 0;
+    clock_set_sleep_hook(count_sleep);
+    ASSERT_EQ(0, sei_open());
+    EXPECT_EQ(2000, settle_sleeps);
+    struct termios tio;
+    ASSERT_EQ(0, tcgetattr(peer.slave_keep, &tio));
+    EXPECT_FALSE(tio.c_lflag & (ICANON | ECHO));
+    EXPECT_EQ((speed_t)B9600, cfgetospeed(&tio));
+}
+
+TEST_F(SeiLink, BaudIndex14400OpensAt9600AndIsSavedAs14400)
+{
+    bus_set_key("BaudRate", "14400");
+    ASSERT_EQ(0, bus_open_on(peer.device));
+    struct termios tio;
+    ASSERT_EQ(0, tcgetattr(peer.slave_keep, &tio));
+    EXPECT_EQ((speed_t)B9600, cfgetospeed(&tio));
+    sei_close();
+    EXPECT_EQ("14400", sei_ini_value("BaudRate"));
+    EXPECT_FALSE(sei_is_open());
+}
+
+TEST_F(SeiLink, OtherSpeedsAreApplied)
+{
+    bus_set_key("BaudRate", "38400");
+    ASSERT_EQ(0, bus_open_on(peer.device));
+    struct termios tio;
+    ASSERT_EQ(0, tcgetattr(peer.slave_keep, &tio));
+    EXPECT_EQ((speed_t)B38400, cfgetospeed(&tio));
+}
+
+TEST_F(SeiLink, ExchangeReturnsBytesWrittenPlusRead)
+{
+    ASSERT_EQ(0, bus_open_on(peer.device));
+    pty_peer_write(&peer, {0x12, 0x34, 0x00});
+    uint8_t request[2] = {0xF0, 0x09};
+    uint8_t reply[3];
+    EXPECT_EQ(5, sei_transact(request, 2, reply, 3, SEI_BUDGET_NORMAL));
+    EXPECT_EQ(0x12, reply[0]);
+    EXPECT_EQ(0x34, reply[1]);
+    EXPECT_EQ((std::vector<uint8_t>{0xF0, 0x09}), pty_peer_read(&peer, 8, 50));
+}
+
+TEST_F(SeiLink, ShortReplyCountsWhatCameAndTheNextStartsClean)
+{
+    ASSERT_EQ(0, bus_open_on(peer.device));
+    pty_peer_write(&peer, {0xAA, 0xBB});
+    uint8_t request[2] = {0xF1, 0x0B};
+    uint8_t reply[3];
+    EXPECT_EQ(4, sei_transact(request, 2, reply, 3, 5));
+    uint8_t mode = 0x55, status = 0x66;
+    EXPECT_EQ(1, sei_read_mode(1, &mode, &status));
+    EXPECT_EQ(0x55, mode);
+    EXPECT_EQ(0x66, status);
+    EXPECT_EQ(2, sei_transact(request, 2, reply, 3, 0));
+    EXPECT_EQ(0, reply[0] | reply[1] | reply[2]);
+}
+
+TEST_F(SeiLink, LateReplyIsReadAsTheStartOfTheNextOne)
+{
+    ASSERT_EQ(0, bus_open_on(peer.device));
+    uint16_t resolution = 1;
+    uint8_t status = 0;
+    EXPECT_EQ(1, sei_read_resolution(0, &resolution, &status));
+    // The encoder answers after the budget ran out; nothing flushes the line.
+    pty_peer_write(&peer, {0x8C, 0xA0, 0x00});
+    uint8_t mode = 0;
+    EXPECT_EQ(0, sei_read_mode(0, &mode, &status));
+    EXPECT_EQ(0x8C, mode);
+    EXPECT_EQ(0xA0, status);
+    EXPECT_EQ(1u, (unsigned)resolution);
+}
+
+TEST_F(SeiLink, ZeroReplyLengthReadsNothingEvenWhenADeviceTalks)
+{
+    ASSERT_EQ(0, bus_open_on(peer.device));
+    pty_peer_write(&peer, {0x01, 0x02});
+    uint8_t request[1] = {0x5F};
+    EXPECT_EQ(1, sei_transact(request, 1, nullptr, 0, SEI_BUDGET_LONG));
+    uint8_t reply[2];
+    uint8_t again[1] = {0x10};
+    EXPECT_EQ(3, sei_transact(again, 1, reply, 2, SEI_BUDGET_SHORT));
+    EXPECT_EQ(0x01, reply[0]);
+    EXPECT_EQ(0x02, reply[1]);
+}
+
+TEST_F(SeiLink, SilentLineEndsAfterTheBudget)
+{
+    ASSERT_EQ(0, bus_open_on(peer.device));
+    uint8_t request[1] = {0x10};
+    uint8_t reply[2];
+    EXPECT_EQ(1, sei_transact(request, 1, reply, 2, 3));
+}
+
+TEST_F(SeiLink, DebugAloneWritesExactlyTheHeader)
+{
+    bus_set_key("SeiDebug", "1");
+    clock_freeze(1700000000); // Tue Nov 14 22:13:20 2023 UTC
+    ASSERT_EQ(0, bus_open_on(peer.device));
+    pty_peer_write(&peer, {0x00, 0x2A});
+    uint32_t position = 0;
+    EXPECT_EQ(0, sei_read_position(0, 0, &position));
+    sei_close();
+    char path[600];
+    settings_path("sei_debug.log", path, sizeof path);
+    EXPECT_EQ("Log created: Tue Nov 14 22:13:20 2023\n"
+              "=============================================\n",
+              test_read_file(path));
+}
+
+TEST_F(SeiLink, VerboseLogsOneLinePerCommand)
+{
+    bus_set_key("SeiDebug", "1");
+    bus_set_key("SeiDebugVerbose", "1");
+    ASSERT_EQ(0, bus_open_on(peer.device));
+    pty_peer_write(&peer, {0x2A});
+    uint32_t position = 0;
+    sei_read_position(3, 0, &position);
+    uint8_t status = 0;
+    sei_relay_control(1, 4, 1, &status);
+    sei_close();
+    char path[600];
+    settings_path("sei_debug.log", path, sizeof path);
+    std::string log = test_read_file(path);
+    EXPECT_NE(std::string::npos, log.find("\nsei_read_position(3): status=0 pos=42\n"));
+    EXPECT_NE(std::string::npos, log.find("\nsei_relay_control(1): port:4 state:1 status=1\n"));
+}

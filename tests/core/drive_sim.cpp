@@ -1,0 +1,102 @@
+#include "drive_sim.h"
+
+#include "bus/sei_commands.h"
+#include "core/clock.h"
+#include "core/cycle.h"
+#include "core/drive.h"
+#include "core/position_group.h"
+#include "core/state.h"
+#include "sim/mount.h"
+
+#include <cmath>
+
+static DriveSim *active;
+
+static void sim_send(int address, int command, uint8_t port, uint8_t value)
+{
+    uint8_t args[2] = {port, value};
+    uint8_t frame[8], reply[8];
+    int delay_ms;
+    int length = sei_command_frame(address, command, args, 2, frame);
+    sim_frame_note(&active->station, active->ms, '>', frame, length);
+    sim_reply(&active->station, frame, length, reply, sizeof reply, &delay_ms);
+}
+
+static int sim_relay(int address, uint8_t port, uint8_t state, uint8_t *status)
+{
+    if (state && address == settings.AZ_Addr)
+    {
+        active->az_starts++;
+    }
+    if (state && address == settings.EL_Addr)
+    {
+        active->el_starts++;
+    }
+    sim_send(address, SEI_RELAY_CONTROL, port, state);
+    *status = 0;
+    return 0;
+}
+
+static int sim_pwm(int address, uint8_t port, uint8_t duty, uint8_t *status)
+{
+    sim_send(address, SEI_PWM_CONTROL, port, duty);
+    *status = 0;
+    return 0;
+}
+
+// A sleep blocks the program but not the mount: a jog pulse moves it.
+static void sim_sleep(int ms)
+{
+    mount_advance(&active->station.mount, active->station.outputs, ms);
+    active->ms += ms;
+}
+
+void drive_sim_start(DriveSim *sim)
+{
+    *sim = DriveSim();
+    sim_station_init(&sim->station);
+    active = sim;
+    settings.AZ_Addr = sim->station.mount.az_address;
+    settings.EL_Addr = sim->station.mount.el_address;
+    static const DriveBus bus = {sim_relay, sim_pwm};
+    drive_set_bus(&bus);
+    clock_set_sleep_hook(sim_sleep);
+}
+
+void drive_sim_stop(void)
+{
+    drive_set_bus(nullptr);
+    clock_set_sleep_hook(nullptr);
+    active = nullptr;
+}
+
+void drive_sim_tick(DriveSim *sim)
+{
+    mount_advance(&sim->station.mount, sim->station.outputs, CYCLE_TICK_MS);
+    sim->ms += CYCLE_TICK_MS;
+    cycle_guard_timers();
+    if (sim->tick++ % 2 == 1)
+    {
+        // The encoder turns with the mount and reads 0 to 360 whichever way
+        // it passed north.
+        az_position = std::round(std::fmod(sim->station.mount.az + 360, 360) * 100) / 100;
+        el_position = std::round(sim->station.mount.el * 100) / 100;
+        az_read_status = el_read_status = 0;
+        int through_north = settings.AzimuthLimitMin > settings.AzimuthLimitMax;
+        int az_hit = position_az_limit_hit(az_position, settings.AzimuthLimitMin, settings.AzimuthLimitMax);
+        int el_hit = position_el_limit_hit(el_position, settings.ElevationLimitMin, settings.ElevationLimitMax);
+        drive_step(settings.TrackingSource, through_north, az_hit, el_hit);
+    }
+}
+
+std::vector<std::string> drive_sim_frames(const DriveSim *sim)
+{
+    std::vector<std::string> frames;
+    const SimStation &s = sim->station;
+    int count = s.frame_count < SIM_FRAME_LOG ? s.frame_count : SIM_FRAME_LOG;
+    for (int i = 0; i < count; i++)
+    {
+        frames.push_back(s.frames[(s.frame_count - count + i) % SIM_FRAME_LOG].text);
+    }
+    return frames;
+}

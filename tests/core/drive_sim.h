@@ -1,0 +1,32 @@
+// The drive in closed loop with the simulated mount, in simulated time: the
+// drive's frames go to the simulator's devices (and its frame log), the
+// mount moves by the ticks and sleeps it is given, and the position read is
+// the mount's angle to the encoders' 0.01 degree. Nothing waits on a clock.
+#pragma once
+
+#include "sim/devices.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+struct DriveSim
+{
+    SimStation station;
+    int64_t ms;    // simulated time since the start
+    int tick;      // 50 ms ticks so far
+    int az_starts; // relay-on frames per axis: starts and jog pulses
+    int el_starts;
+};
+
+// The station as the simulator sets it up (boards at 0 for azimuth and 1 for
+// elevation), the drive's bus and sleeps routed into it. Settings are the
+// caller's; the axis addresses are set here.
+void drive_sim_start(DriveSim *sim);
+// One 50 ms tick of the cycle's drive part: the mount moves, the guard timers
+// count down, and every second tick the position is read and the drive steps.
+void drive_sim_tick(DriveSim *sim);
+// Hand the bus and sleeps back.
+void drive_sim_stop(void);
+// The last requests of the frame log, oldest first, as "> F0 32 04 01".
+std::vector<std::string> drive_sim_frames(const DriveSim *sim);
