@@ -14,9 +14,7 @@
 #include <QDir>
 #include <benchmark/benchmark.h>
 
-static void bench_no_sleep(int)
-{
-}
+static void bench_no_sleep(int) {}
 
 // One simulator and one open bus for the whole run.
 static SimServer *bench_bus(void)
@@ -65,7 +63,10 @@ static void BM_PositionRoundTrip(benchmark::State &state)
     }
     benchmark::DoNotOptimize(position);
 }
-BENCHMARK(BM_PositionRoundTrip)->UseRealTime()->Unit(benchmark::kMicrosecond)->Repetitions(5)
+BENCHMARK(BM_PositionRoundTrip)
+    ->UseRealTime()
+    ->Unit(benchmark::kMicrosecond)
+    ->Repetitions(5)
     ->ReportAggregatesOnly(true);
 
 static void BM_ReadPassBothAxes(benchmark::State &state)
@@ -89,7 +90,10 @@ static void BM_ReadPassBothAxes(benchmark::State &state)
         }
     }
 }
-BENCHMARK(BM_ReadPassBothAxes)->UseRealTime()->Unit(benchmark::kMicrosecond)->Repetitions(5)
+BENCHMARK(BM_ReadPassBothAxes)
+    ->UseRealTime()
+    ->Unit(benchmark::kMicrosecond)
+    ->Repetitions(5)
     ->ReportAggregatesOnly(true);
 
 // A silent device costs its whole budget of empty 2 ms reads; the nominal
@@ -108,5 +112,9 @@ static void BM_SilentDeviceBudget(benchmark::State &state)
     state.counters["nominal_ms"] = 2.0 * budget;
     bench_control("silent 0 off");
 }
-BENCHMARK(BM_SilentDeviceBudget)->Arg(SEI_BUDGET_SHORT)->Arg(SEI_BUDGET_NORMAL)->Iterations(5)->UseRealTime()
+BENCHMARK(BM_SilentDeviceBudget)
+    ->Arg(SEI_BUDGET_SHORT)
+    ->Arg(SEI_BUDGET_NORMAL)
+    ->Iterations(5)
+    ->UseRealTime()
     ->Unit(benchmark::kMillisecond);

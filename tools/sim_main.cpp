@@ -166,12 +166,30 @@ int main(int argc, char **argv)
             sim_usage();
             return 2;
         }
-        if (strcmp(argv[i], "--link") == 0) { link = value; }
-        else if (strcmp(argv[i], "--az") == 0) { server.station.mount.az = atof(value); }
-        else if (strcmp(argv[i], "--el") == 0) { server.station.mount.el = atof(value); }
-        else if (strcmp(argv[i], "--control") == 0) { control = value; }
-        else if (strcmp(argv[i], "--baud") == 0) { server.baud = atoi(value); }
-        else if (strcmp(argv[i], "--log") == 0) { log = value; }
+        if (strcmp(argv[i], "--link") == 0)
+        {
+            link = value;
+        }
+        else if (strcmp(argv[i], "--az") == 0)
+        {
+            server.station.mount.az = atof(value);
+        }
+        else if (strcmp(argv[i], "--el") == 0)
+        {
+            server.station.mount.el = atof(value);
+        }
+        else if (strcmp(argv[i], "--control") == 0)
+        {
+            control = value;
+        }
+        else if (strcmp(argv[i], "--baud") == 0)
+        {
+            server.baud = atoi(value);
+        }
+        else if (strcmp(argv[i], "--log") == 0)
+        {
+            log = value;
+        }
         else
         {
             sim_usage();
@@ -179,8 +197,11 @@ int main(int argc, char **argv)
         }
         i++;
     }
-    signal(SIGINT, sim_on_signal);
-    signal(SIGTERM, sim_on_signal);
+    // Without SA_RESTART a signal also ends a read of standard input.
+    struct sigaction on_stop = {};
+    on_stop.sa_handler = sim_on_signal;
+    sigaction(SIGINT, &on_stop, nullptr);
+    sigaction(SIGTERM, &on_stop, nullptr);
     signal(SIGPIPE, SIG_IGN);
     if (sim_server_start(&server, link) != 0)
     {

@@ -11,7 +11,7 @@
 
 enum BrtRegister
 {
-    BRT_REG_POSITION = 0,  // pulses
+    BRT_REG_POSITION = 0, // pulses
     BRT_REG_ADDRESS = 4,
     BRT_REG_DIRECTION = 9, // the inverse of mode bit 0
     BRT_REG_PRESET = 11

@@ -148,13 +148,21 @@ static AxisState position_axis(int elevation)
 {
     if (!elevation)
     {
-        return {&az_encoder_ready, &az_mode,     &az_resolution,   &az_range,       &az_raw,
-                &az_last_raw,      &az_adc_position, &az_position, &az_read_status, &az_changed,
-                settings.AZ_Addr,  0,            DIAL_AZIMUTH,     "Azimuth read error"};
+        return {&az_encoder_ready, &az_mode,
+                &az_resolution,    &az_range,
+                &az_raw,           &az_last_raw,
+                &az_adc_position,  &az_position,
+                &az_read_status,   &az_changed,
+                settings.AZ_Addr,  0,
+                DIAL_AZIMUTH,      "Azimuth read error"};
     }
-    return {&el_encoder_ready, &el_mode,     &el_resolution,   &el_range,       &el_raw,
-            &el_last_raw,      &el_adc_position, &el_position, &el_read_status, &el_changed,
-            settings.EL_Addr,  1,            DIAL_ELEVATION,   "Elevation read error"};
+    return {&el_encoder_ready, &el_mode,
+            &el_resolution,    &el_range,
+            &el_raw,           &el_last_raw,
+            &el_adc_position,  &el_position,
+            &el_read_status,   &el_changed,
+            settings.EL_Addr,  1,
+            DIAL_ELEVATION,    "Elevation read error"};
 }
 
 // The analogue reading of the axis's channel, or 0.0 without one. The second
@@ -167,8 +175,8 @@ static double position_analogue(AxisState *axis, int *active)
     {
         return 0.0;
     }
-    double position = adc_position(adc_volts[n], settings.ADC_Minimum[n], settings.ADC_Maximum[n],
-                                   settings.ADC_Range[n]);
+    double position =
+        adc_position(adc_volts[n], settings.ADC_Minimum[n], settings.ADC_Maximum[n], settings.ADC_Range[n]);
     if (position != *axis->adc_position)
     {
         *axis->changed = 1;
@@ -206,8 +214,7 @@ static int position_setup(AxisState *axis)
     {
         result = sei_read_resolution(axis->address, axis->resolution, &status);
         result = result ? result : sei_read_mode(axis->address, axis->mode, &status);
-        if (result == 0 && (*axis->mode & MODE_MULTI_TURN) &&
-            sei_read_range(axis->address, axis->range, &status) != 0)
+        if (result == 0 && (*axis->mode & MODE_MULTI_TURN) && sei_read_range(axis->address, axis->range, &status) != 0)
         {
             *axis->range = *axis->resolution;
         }

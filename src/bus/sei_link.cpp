@@ -18,14 +18,24 @@
 #include <termios.h>
 #include <unistd.h>
 
-SeiSettings sei_settings;
+static const char *const sei_section = "SEI";
+static const char *const sei_default_port = "/dev/ttyUSB0";
+
+// The section's defaults, so that a close without an open still writes sense.
+static SeiSettings sei_defaults(void)
+{
+    SeiSettings s = {};
+    snprintf(s.PortName, sizeof s.PortName, "%s", sei_default_port);
+    s.BaudRate = 3;
+    s.DataBits = 1;
+    return s;
+}
+
+SeiSettings sei_settings = sei_defaults();
 
 static int sei_fd = -1;
 static FILE *sei_log_file;
 static std::mutex sei_mutex;
-
-static const char *const sei_section = "SEI";
-static const char *const sei_default_port = "/dev/ttyUSB0";
 
 int sei_load_settings(const char *ini_name, SeiSettings *record)
 {
@@ -81,13 +91,20 @@ static speed_t sei_speed(int baud)
 {
     switch (baud)
     {
-    case 1200: return B1200;
-    case 2400: return B2400;
-    case 4800: return B4800;
-    case 19200: return B19200;
-    case 38400: return B38400;
-    case 57600: return B57600;
-    default: return B9600;
+    case 1200:
+        return B1200;
+    case 2400:
+        return B2400;
+    case 4800:
+        return B4800;
+    case 19200:
+        return B19200;
+    case 38400:
+        return B38400;
+    case 57600:
+        return B57600;
+    default:
+        return B9600;
     }
 }
 
@@ -142,11 +159,20 @@ void sei_line_termios(const SeiSettings *s, struct termios *tio)
     tio->c_cflag |= CREAD | CLOCAL | (s->DataBits == 0 ? CS7 : CS8);
     switch (s->Parity)
     {
-    case 1: tio->c_cflag |= PARENB | PARODD; break;
-    case 2: tio->c_cflag |= PARENB; break;
-    case 3: tio->c_cflag |= PARENB | CMSPAR | PARODD; break;
-    case 4: tio->c_cflag |= PARENB | CMSPAR; break;
-    default: break;
+    case 1:
+        tio->c_cflag |= PARENB | PARODD;
+        break;
+    case 2:
+        tio->c_cflag |= PARENB;
+        break;
+    case 3:
+        tio->c_cflag |= PARENB | CMSPAR | PARODD;
+        break;
+    case 4:
+        tio->c_cflag |= PARENB | CMSPAR;
+        break;
+    default:
+        break;
     }
     // Linux has no 1.5 stop bits; it sends two, as most drivers do.
     if (s->StopBits != 0)
@@ -191,10 +217,7 @@ int sei_open(void)
     {
         qDebug("SEI port %s could not be opened", sei_settings.PortName);
         sei_save_settings(ini_file_name, &sei_settings);
-        if (SeiDebug)
-        {
-            sei_log_close();
-        }
+        sei_log_close();
         return -1;
     }
     struct termios tio;
@@ -210,6 +233,10 @@ int sei_open(void)
     ioctl(fd, TIOCMBIS, &lines);
     {
         std::lock_guard<std::mutex> hold(sei_mutex);
+        if (sei_fd >= 0)
+        {
+            close(sei_fd);
+        }
         sei_fd = fd;
     }
     qDebug("SEI port %s opened successfully", sei_settings.PortName);
@@ -222,10 +249,9 @@ int sei_open(void)
 int sei_close(void)
 {
     sei_save_settings(ini_file_name, &sei_settings);
-    if (SeiDebug)
-    {
-        sei_log_close();
-    }
+    // Closed whatever SeiDebug says now: a dialog may have changed it while
+    // the log was open.
+    sei_log_close();
     std::lock_guard<std::mutex> hold(sei_mutex);
     if (sei_fd >= 0)
     {
@@ -249,7 +275,7 @@ void sei_link_reset(void)
         close(sei_fd);
         sei_fd = -1;
     }
-    memset(&sei_settings, 0, sizeof sei_settings);
+    sei_settings = sei_defaults();
 }
 
 int sei_is_open(void)

@@ -11,7 +11,9 @@ struct termios;
 // the file holds the words and numbers an operator reads.
 struct SeiSettings
 {
-    char PortName[32];
+    // Linux names its adapters by path, and the stable ones under
+    // /dev/serial/by-id run well past 31 characters.
+    char PortName[256];
     int32_t BaudRate;    // 0..7: 1200 .. 57600
     int32_t DataBits;    // 0 is 7 bits, 1 is 8
     int32_t StopBits;    // 0 is 1, 1 is 1.5, 2 is 2

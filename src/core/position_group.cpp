@@ -40,8 +40,7 @@ PositionLimits position_group(int slider)
     limits.through_north = settings.AzimuthLimitMin > settings.AzimuthLimitMax;
     limits.az_limit_hit = position_az_limit_hit(az_position, settings.AzimuthLimitMin, settings.AzimuthLimitMax);
     position_show(PANEL_ANTENNA_AZIMUTH, DIAL_AZIMUTH, az_position, limits.az_limit_hit, slider);
-    limits.el_limit_hit =
-        position_el_limit_hit(el_position, settings.ElevationLimitMin, settings.ElevationLimitMax);
+    limits.el_limit_hit = position_el_limit_hit(el_position, settings.ElevationLimitMin, settings.ElevationLimitMax);
     position_show(PANEL_ANTENNA_ELEVATION, DIAL_ELEVATION, el_position, limits.el_limit_hit, slider);
     return limits;
 }

@@ -92,9 +92,7 @@ void bus_set_key(const char *key, const char *value)
     ini_write(path, &ini);
 }
 
-static void bus_no_sleep(int)
-{
-}
+static void bus_no_sleep(int) {}
 
 int bus_open_on(const char *device)
 {

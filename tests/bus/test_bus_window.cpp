@@ -11,9 +11,7 @@
 #include <cstring>
 #include <sys/stat.h>
 
-static void no_sleep(int)
-{
-}
+static void no_sleep(int) {}
 
 TEST(BusWindow, NoPortStillOpensTheWindowWithTheFailureMessage)
 {
@@ -38,15 +36,8 @@ TEST_F(SimBus, WindowWakesReadsAndPutsTheBusToSleep)
     sei_link_reset();
     clock_set_sleep_hook(no_sleep);
     control("set az 211.5");
-    // The window loads its settings from the file, so the axis addresses
-    // the fixture set must be there too.
-    char path[600];
-    settings_path(ini_file_name, path, sizeof path);
-    IniFile ini;
-    ini_read(path, &ini);
-    ini_set_int(&ini, "ANTENNA", "AZ_Addr", 0);
-    ini_set_int(&ini, "ANTENNA", "EL_Addr", 1);
-    ini_write(path, &ini);
+    // The window loads its settings: give it the fixture's axis addresses.
+    SaveSettings(ini_file_name, &settings);
     {
         MainWindow window(0);
         EXPECT_EQ(1, frames_arrived("> 6F", 1));

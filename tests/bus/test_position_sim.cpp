@@ -1,6 +1,7 @@
 #include "sim_fixture.h"
 
 #include "bus/position.h"
+#include "bus/sei_commands.h"
 #include "core/panel_seam.h"
 #include "core/position_group.h"
 
@@ -191,4 +192,47 @@ TEST_F(SimBus, ClosedBusFailsEveryPass)
     EXPECT_EQ(1, el_read_status);
     EXPECT_EQ(1, ReadPosition());
     EXPECT_STREQ("Elevation read error", panel_last_status);
+}
+
+TEST_F(SimBus, AnAddressWithoutADeviceIsSilence)
+{
+    settings.AZ_Addr = 7;
+    EXPECT_EQ(1, ReadPosition());
+    EXPECT_EQ(1, az_read_status);
+    EXPECT_EQ(0, az_encoder_ready);
+}
+
+TEST_F(SimBus, DevicesFindTheNextFrameAfterNoise)
+{
+    // Bytes that start no frame, and a frame cut short, ahead of a real read.
+    const uint8_t noise[6] = {0x00, 0x2A, 0xA5, 0x33, 0x0F, 0xF0};
+    EXPECT_EQ(6, sei_transact(noise, sizeof noise, nullptr, 0, 0));
+    control("set az 45");
+    control("set el 10");
+    // The cut frame swallows the request that follows it (unless the devices
+    // gave up on it first); a pass later the bus is in step again.
+    int passes = 1;
+    while (ReadPosition() != 0 && passes < 5)
+    {
+        passes++;
+    }
+    EXPECT_LE(passes, 2);
+    EXPECT_DOUBLE_EQ(45.0, az_position);
+    EXPECT_DOUBLE_EQ(10.0, el_position);
+}
+
+TEST_F(SimBus, LateReplyFromTheSimulatorStartsTheNextRead)
+{
+    control("late 0 600");
+    uint16_t resolution = 1;
+    uint8_t status = 0;
+    EXPECT_EQ(1, sei_read_resolution(0, &resolution, &status));
+    control("late 0 0");
+    // The factory record waits long enough for the late answer to come in
+    // first: its record then starts with the resolution's three bytes.
+    EncoderFactoryInfo info = {};
+    uint8_t crc = 0;
+    EXPECT_EQ(0, sei_read_factory_info(0, &info, &crc));
+    EXPECT_EQ(0x8CA0, info.Model);
+    EXPECT_EQ(1, resolution);
 }

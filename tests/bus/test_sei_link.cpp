@@ -38,10 +38,18 @@ TEST_F(SeiSettingsFile, OddValuesAreNormalisedWhenWrittenBack)
         const char *key, *stored, *written;
     };
     const Row rows[] = {
-        {"BaudRate", "14400", "14400"},  {"BaudRate", "9601", "9600"},     {"BaudRate", "57600", "57600"},
-        {"DataBits", "5", "8"},          {"DataBits", "7", "7"},           {"StopBits", "2.5", "2"},
-        {"StopBits", "1.5", "1.5"},      {"StopBits", "1.0", "1"},         {"Parity", "odd", "None"},
-        {"Parity", "Mark", "Mark"},      {"FlowControl", "Custom", "Custom"}, {"FlowControl", "xon", "None"},
+        {"BaudRate", "14400", "14400"},
+        {"BaudRate", "9601", "9600"},
+        {"BaudRate", "57600", "57600"},
+        {"DataBits", "5", "8"},
+        {"DataBits", "7", "7"},
+        {"StopBits", "2.5", "2"},
+        {"StopBits", "1.5", "1.5"},
+        {"StopBits", "1.0", "1"},
+        {"Parity", "odd", "None"},
+        {"Parity", "Mark", "Mark"},
+        {"FlowControl", "Custom", "Custom"},
+        {"FlowControl", "xon", "None"},
     };
     for (const Row &row : rows)
     {

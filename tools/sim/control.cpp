@@ -23,8 +23,9 @@ static void sim_append(char *out, int size, int *used, const char *format, ...)
 void sim_state_json(const SimStation *s, char *reply, int size)
 {
     int used = 0;
-    sim_append(reply, size, &used, "{\"az\":%.3f,\"el\":%.3f,\"az_rate\":%.3f,\"el_rate\":%.3f,\"line\":\"%s\",\"outputs\":[",
-               s->mount.az, s->mount.el, s->mount.az_rate, s->mount.el_rate, s->line_dropped ? "dropped" : "up");
+    sim_append(reply, size, &used,
+               "{\"az\":%.3f,\"el\":%.3f,\"az_rate\":%.3f,\"el_rate\":%.3f,\"line\":\"%s\",\"outputs\":[", s->mount.az,
+               s->mount.el, s->mount.az_rate, s->mount.el_rate, s->line_dropped ? "dropped" : "up");
     int first = 1;
     for (int a = 0; a < SIM_ADDRESSES; a++)
     {
@@ -40,8 +41,8 @@ void sim_state_json(const SimStation *s, char *reply, int size)
     }
     sim_append(reply, size, &used, "],\"switches\":{\"left\":%d,\"right\":%d,\"up\":%d,\"down\":%d}",
                s->switch_pressed[0], s->switch_pressed[1], s->switch_pressed[2], s->switch_pressed[3]);
-    sim_append(reply, size, &used, ",\"adc\":[%.3f,%.3f,%.3f,%.3f]", s->adc_volts[0], s->adc_volts[1],
-               s->adc_volts[2], s->adc_volts[3]);
+    sim_append(reply, size, &used, ",\"adc\":[%.3f,%.3f,%.3f,%.3f]", s->adc_volts[0], s->adc_volts[1], s->adc_volts[2],
+               s->adc_volts[3]);
     const SimWeather *w = &s->weather;
     sim_append(reply, size, &used,
                ",\"weather\":{\"address\":%d,\"speed\":%.1f,\"direction\":%.1f,\"temperature\":%.1f,"
@@ -112,23 +113,61 @@ static int sim_switch_index(const char *word)
 static int sim_set(SimStation *s, const char *name, double value)
 {
     SimMount *m = &s->mount;
-    if (strcmp(name, "az") == 0) { m->az = value; m->az_rate = 0; }
-    else if (strcmp(name, "el") == 0) { m->el = value; m->el_rate = 0; }
-    else if (strcmp(name, "az_speed") == 0) { m->az_top_speed = value; }
-    else if (strcmp(name, "el_speed") == 0) { m->el_top_speed = value; }
-    else if (strcmp(name, "coast") == 0) { m->coast_ms = (int)value; }
-    else { return -1; }
+    if (strcmp(name, "az") == 0)
+    {
+        m->az = value;
+        m->az_rate = 0;
+    }
+    else if (strcmp(name, "el") == 0)
+    {
+        m->el = value;
+        m->el_rate = 0;
+    }
+    else if (strcmp(name, "az_speed") == 0)
+    {
+        m->az_top_speed = value;
+    }
+    else if (strcmp(name, "el_speed") == 0)
+    {
+        m->el_top_speed = value;
+    }
+    else if (strcmp(name, "coast") == 0)
+    {
+        m->coast_ms = (int)value;
+    }
+    else
+    {
+        return -1;
+    }
     return 0;
 }
 
 static int sim_weather_set(SimWeather *w, const char *name, double value)
 {
-    if (strcmp(name, "speed") == 0) { w->wind_speed_kmh = value; }
-    else if (strcmp(name, "direction") == 0) { w->wind_direction_deg = value; }
-    else if (strcmp(name, "temperature") == 0) { w->temperature_c = value; }
-    else if (strcmp(name, "pressure") == 0) { w->pressure_mb = value; }
-    else if (strcmp(name, "altitude") == 0) { w->altitude_m = value; }
-    else { return -1; }
+    if (strcmp(name, "speed") == 0)
+    {
+        w->wind_speed_kmh = value;
+    }
+    else if (strcmp(name, "direction") == 0)
+    {
+        w->wind_direction_deg = value;
+    }
+    else if (strcmp(name, "temperature") == 0)
+    {
+        w->temperature_c = value;
+    }
+    else if (strcmp(name, "pressure") == 0)
+    {
+        w->pressure_mb = value;
+    }
+    else if (strcmp(name, "altitude") == 0)
+    {
+        w->altitude_m = value;
+    }
+    else
+    {
+        return -1;
+    }
     return 0;
 }
 
@@ -139,12 +178,30 @@ static int sim_address_command(SimStation *s, const char *verb, int a, const cha
     {
         return -1;
     }
-    if (strcmp(verb, "silent") == 0) { s->faults[a].silent = (uint8_t)sim_on_off(arg); }
-    else if (strcmp(verb, "short") == 0) { s->faults[a].short_reply = (uint8_t)sim_on_off(arg); }
-    else if (strcmp(verb, "late") == 0) { s->faults[a].late_ms = atoi(arg) > 0 ? atoi(arg) : 0; }
-    else if (strcmp(verb, "disconnect") == 0) { s->encoders[a].disconnected = (uint8_t)sim_on_off(arg); }
-    else if (strcmp(verb, "mode") == 0) { s->encoders[a].mode = (uint8_t)strtol(arg, nullptr, 0); }
-    else { return -1; }
+    if (strcmp(verb, "silent") == 0)
+    {
+        s->faults[a].silent = (uint8_t)sim_on_off(arg);
+    }
+    else if (strcmp(verb, "short") == 0)
+    {
+        s->faults[a].short_reply = (uint8_t)sim_on_off(arg);
+    }
+    else if (strcmp(verb, "late") == 0)
+    {
+        s->faults[a].late_ms = atoi(arg) > 0 ? atoi(arg) : 0;
+    }
+    else if (strcmp(verb, "disconnect") == 0)
+    {
+        s->encoders[a].disconnected = (uint8_t)sim_on_off(arg);
+    }
+    else if (strcmp(verb, "mode") == 0)
+    {
+        s->encoders[a].mode = (uint8_t)strtol(arg, nullptr, 0);
+    }
+    else
+    {
+        return -1;
+    }
     return 0;
 }
 

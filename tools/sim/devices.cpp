@@ -93,25 +93,28 @@ uint16_t sim_adc_word(double volts)
 }
 
 // Lengths of the multi-byte commands, counting the first byte and the
-// command number; 0 for a command no device here knows.
+// command number. Set-position and display text have lengths of their own.
+static const struct
+{
+    uint8_t command;
+    uint8_t length;
+} sim_command_lengths[] = {
+    {0x07, 7}, {0x08, 2}, {0x09, 2}, {0x0A, 4}, {0x0B, 2}, {0x0C, 3}, {0x0D, 3}, {0x17, 2},
+    {0x18, 2}, {0x19, 2}, {0x1A, 2}, {0x1B, 2}, {0x1D, 4}, {0x28, 2}, {0x29, 6}, {0x2A, 2},
+    {0x2B, 7}, {0x32, 4}, {0x33, 4}, {0x34, 3}, {0x36, 2},
+};
+
+// 0 for a command no device here knows.
 static int sim_command_length(int command)
 {
-    switch (command)
+    for (const auto &entry : sim_command_lengths)
     {
-    case 0x07: return 7;
-    case 0x08: case 0x09: case 0x0B: return 2;
-    case 0x0A: return 4;
-    case 0x0C: case 0x0D: return 3;
-    case 0x17: case 0x18: case 0x19: case 0x1A: case 0x1B: return 2;
-    case 0x1D: return 4;
-    case 0x28: case 0x2A: return 2;
-    case 0x29: return 6;
-    case 0x2B: return 7;
-    case 0x32: case 0x33: return 4;
-    case 0x34: return 3;
-    case 0x36: return 2;
-    default: return 0;
+        if (entry.command == command)
+        {
+            return entry.length;
+        }
     }
+    return 0;
 }
 
 int sim_frame_length(const SimStation *s, const uint8_t *bytes, int count)
@@ -123,11 +126,18 @@ int sim_frame_length(const SimStation *s, const uint8_t *bytes, int count)
     int address = bytes[0] & 0x0F;
     switch (bytes[0] & 0xF0)
     {
-    case 0x10: case 0x50: case 0x60: return 1;
-    case 0x70: return 3;
-    case 0x80: return 5;
-    case 0xF0: break;
-    default: return -1;
+    case 0x10:
+    case 0x50:
+    case 0x60:
+        return 1;
+    case 0x70:
+        return 3;
+    case 0x80:
+        return 5;
+    case 0xF0:
+        break;
+    default:
+        return -1;
     }
     if (count < 2)
     {
@@ -233,22 +243,36 @@ static int sim_encoder_command(SimStation *s, int a, const uint8_t *frame, uint8
         sim_move_device(s, a, frame[6]);
         reply[0] = 0;
         return 1;
-    case 0x08: return sim_factory_record(e, reply);
-    case 0x09: reply[2] = 0; return sim_u16(reply, e->resolution) + 1;
+    case 0x08:
+        return sim_factory_record(e, reply);
+    case 0x09:
+        reply[2] = 0;
+        return sim_u16(reply, e->resolution) + 1;
     case 0x0A:
         e->resolution = (uint16_t)sim_get_u16(frame + 2);
         reply[0] = 0;
         return 1;
-    case 0x0B: reply[0] = e->mode; reply[1] = 0; return 2;
-    case 0x0C: e->mode = frame[2]; reply[0] = 0; return 1;
+    case 0x0B:
+        reply[0] = e->mode;
+        reply[1] = 0;
+        return 2;
+    case 0x0C:
+        e->mode = frame[2];
+        reply[0] = 0;
+        return 1;
     case 0x0D:
         // The power-up mode also takes effect at once.
         e->power_up_mode = frame[2];
         e->mode = frame[2];
         reply[0] = 0;
         return 1;
-    case 0x28: reply[4] = 0; return sim_u32(reply, e->range) + 1;
-    case 0x29: e->range = sim_get_u32(frame + 2); reply[0] = 0; return 1;
+    case 0x28:
+        reply[4] = 0;
+        return sim_u32(reply, e->range) + 1;
+    case 0x29:
+        e->range = sim_get_u32(frame + 2);
+        reply[0] = 0;
+        return 1;
     case 0x2A:
         sim_u32(reply, e->ppr);
         reply[4] = e->index_level;
@@ -259,7 +283,8 @@ static int sim_encoder_command(SimStation *s, int a, const uint8_t *frame, uint8
         e->index_level = frame[6];
         reply[0] = 0;
         return 1;
-    default: return -1;
+    default:
+        return -1;
     }
 }
 
@@ -268,13 +293,27 @@ static int sim_weather_command(SimStation *s, const uint8_t *frame, uint8_t *rep
     const SimWeather *w = &s->weather;
     switch (frame[1])
     {
-    case 0x17: reply[2] = 0; return sim_u16(reply, (unsigned)std::lround(w->wind_speed_kmh * 10)) + 1;
-    case 0x18: reply[2] = 0; return sim_u16(reply, (unsigned)std::lround(w->wind_direction_deg * 10)) + 1;
-    case 0x19: reply[2] = 0; return sim_u16(reply, (unsigned)(uint16_t)(int16_t)std::lround(w->temperature_c * 10)) + 1;
-    case 0x1A: reply[4] = 0; return sim_u32(reply, (uint32_t)std::lround(w->pressure_mb * 1000)) + 1;
-    case 0x1B: reply[4] = 0; return sim_u32(reply, (uint32_t)std::lround(w->altitude_m * 10)) + 1;
-    case 0x1D: s->weather.calibration = (uint16_t)sim_get_u16(frame + 2); reply[0] = 0; return 1;
-    default: return -1;
+    case 0x17:
+        reply[2] = 0;
+        return sim_u16(reply, (unsigned)std::lround(w->wind_speed_kmh * 10)) + 1;
+    case 0x18:
+        reply[2] = 0;
+        return sim_u16(reply, (unsigned)std::lround(w->wind_direction_deg * 10)) + 1;
+    case 0x19:
+        reply[2] = 0;
+        return sim_u16(reply, (unsigned)(uint16_t)(int16_t)std::lround(w->temperature_c * 10)) + 1;
+    case 0x1A:
+        reply[4] = 0;
+        return sim_u32(reply, (uint32_t)std::lround(w->pressure_mb * 1000)) + 1;
+    case 0x1B:
+        reply[4] = 0;
+        return sim_u32(reply, (uint32_t)std::lround(w->altitude_m * 10)) + 1;
+    case 0x1D:
+        s->weather.calibration = (uint16_t)sim_get_u16(frame + 2);
+        reply[0] = 0;
+        return 1;
+    default:
+        return -1;
     }
 }
 
@@ -319,7 +358,8 @@ static int sim_board_command(SimStation *s, int a, const uint8_t *frame, uint8_t
         reply[1] = 0;
         return 2;
     }
-    default: return -1;
+    default:
+        return -1;
     }
 }
 
@@ -424,12 +464,21 @@ int sim_reply(SimStation *s, const uint8_t *frame, int length, uint8_t *reply, i
         }
         break;
     }
-    case 0x50: sim_sleep(s, a, 1); return 0;
-    case 0x60: sim_sleep(s, 15, 0); return 0;
+    case 0x50:
+        sim_sleep(s, a, 1);
+        return 0;
+    case 0x60:
+        sim_sleep(s, 15, 0);
+        return 0;
     case 0x70:
-    case 0x80: n = a < SIM_ADDRESSES ? sim_register(s, a, frame, answer) : 0; break;
-    case 0xF0: n = a < SIM_ADDRESSES ? sim_command(s, a, frame, answer) : 0; break;
-    default: return 0;
+    case 0x80:
+        n = a < SIM_ADDRESSES ? sim_register(s, a, frame, answer) : 0;
+        break;
+    case 0xF0:
+        n = a < SIM_ADDRESSES ? sim_command(s, a, frame, answer) : 0;
+        break;
+    default:
+        return 0;
     }
     if (a >= SIM_ADDRESSES || n <= 0 || s->faults[a].silent)
     {

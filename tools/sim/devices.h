@@ -35,14 +35,14 @@ struct SimEncoder
 {
     int kind;
     int axis;
-    uint8_t mode;          // bit 0 direction, bit 2 32-bit positions, bit 4 multi-turn
+    uint8_t mode; // bit 0 direction, bit 2 32-bit positions, bit 4 multi-turn
     uint8_t power_up_mode;
-    uint16_t resolution;   // counts per revolution
-    uint32_t range;        // turns of a multi-turn device
-    uint32_t ppr;          // pulses per revolution (the BRT-38 counts these)
+    uint16_t resolution; // counts per revolution
+    uint32_t range;      // turns of a multi-turn device
+    uint32_t ppr;        // pulses per revolution (the BRT-38 counts these)
     uint8_t index_level;
     uint32_t serial;
-    int64_t preset;        // counts added by a set-position
+    int64_t preset; // counts added by a set-position
     uint8_t asleep;
     uint16_t brt_direction; // register 9: 1 counts up with the angle
     uint8_t disconnected;

@@ -46,8 +46,8 @@ double mount_drive_rate(const SimOutputs *board, int minus, int plus, double top
 
 // A driven axis takes its speed at once; an idle one runs down linearly over
 // the coast time, as a heavy dish does after its motor lets go.
-static double mount_axis_step(double *position, double *rate, double drive, double top_speed, int coast_ms,
-                              double low, double high, int elapsed_ms)
+static double mount_axis_step(double *position, double *rate, double drive, double top_speed, int coast_ms, double low,
+                              double high, int elapsed_ms)
 {
     double before = *rate;
     if (drive != 0.0 || coast_ms <= 0)

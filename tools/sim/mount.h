@@ -20,12 +20,12 @@ struct SimOutputs
 
 struct SimMount
 {
-    double az, el;                   // degrees
-    double az_top_speed, el_top_speed; // degrees per second at full drive
-    double az_rate, el_rate;         // present speed, signed, degrees per second
+    double az, el;                         // degrees
+    double az_top_speed, el_top_speed;     // degrees per second at full drive
+    double az_rate, el_rate;               // present speed, signed, degrees per second
     double az_min, az_max, el_min, el_max; // mechanical end stops
-    int coast_ms;                    // run-down time after the motor stops; 0 stops dead
-    int az_address, el_address;      // the boards whose outputs move each axis
+    int coast_ms;                          // run-down time after the motor stops; 0 stops dead
+    int az_address, el_address;            // the boards whose outputs move each axis
 };
 
 void mount_init(SimMount *m);
