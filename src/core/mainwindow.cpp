@@ -288,8 +288,6 @@ void MainWindow::TimerEvent(void)
     actions.run[CYCLE_DISPLAY] = cycle_run_display;
     actions.run[CYCLE_POSITION] = cycle_run_position;
     actions.run[CYCLE_ADC] = cycle_run_adc;
-}
-
     actions.run[CYCLE_FREQUENCY] = cycle_run_frequency;
     actions.run[CYCLE_PANEL_PAGE] = cycle_run_panel_page;
     CycleConditions conditions = cycle_conditions_now();
