@@ -62,7 +62,10 @@ int pst_split(const char *datagram, int length, char fields[][TEXT_FIELD_SIZE], 
 {
     char work[PST_DATAGRAM_SIZE + 1];
     int n = length < 0 ? 0 : length > PST_DATAGRAM_SIZE ? PST_DATAGRAM_SIZE : length;
-    memcpy(work, datagram, (size_t)n);
+    if (n > 0)
+    {
+        memcpy(work, datagram, (size_t)n);
+    }
     work[n] = 0;
     int max = max_fields < 0 ? 0 : max_fields > PST_FIELDS ? PST_FIELDS : max_fields;
     int starts[PST_FIELDS];

@@ -2,6 +2,7 @@
 
 #include "core/panel_seam.h"
 #include "core/state.h"
+#include "remote/easycomm.h"
 #include "remote/net.h"
 #include "remote/pstrotator.h"
 #include "remote/rotctl.h"
@@ -19,6 +20,7 @@ void remote_reset(void)
     net_debug = 0;
     rotctl_reset();
     pst_reset();
+    easycomm_reset();
 }
 
 static void remote_start_gpredict(void)
@@ -77,7 +79,15 @@ static void remote_start_pstrotator(void)
 
 void remote_start(int source)
 {
-    if (source == SOURCE_GPREDICT)
+    if (source == SOURCE_EASYCOMM)
+    {
+        easycomm_start(&easycomm);
+        if (easycomm.active)
+        {
+            panel_status("EasyComm is active", 0);
+        }
+    }
+    else if (source == SOURCE_GPREDICT)
     {
         remote_start_gpredict();
     }
@@ -93,6 +103,11 @@ void remote_start(int source)
 static int remote_close_all(void)
 {
     int closed = 0;
+    if (easycomm.active)
+    {
+        easycomm_stop(&easycomm);
+        closed |= 1;
+    }
     if (gpredict_running)
     {
         for (int i = 0; i < 2; i++)
@@ -122,6 +137,10 @@ static int remote_close_all(void)
 void remote_stop(void)
 {
     int closed = remote_close_all();
+    if (closed & 1)
+    {
+        panel_status("EasyComm is inactive", 0);
+    }
     if (closed & 2)
     {
         panel_status("GPredict is inactive", 0);

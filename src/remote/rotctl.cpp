@@ -63,7 +63,10 @@ int rotctl_split(const char *text, int length, char fields[][TEXT_FIELD_SIZE], i
 {
     char work[ROTCTL_REQUEST_SIZE + 1];
     int n = length < 0 ? 0 : length > ROTCTL_REQUEST_SIZE ? ROTCTL_REQUEST_SIZE : length;
-    memcpy(work, text, (size_t)n);
+    if (n > 0)
+    {
+        memcpy(work, text, (size_t)n);
+    }
     work[n] = 0;
     n = (int)strlen(work);
     int starts[ROTCTL_FIELDS + 1];
