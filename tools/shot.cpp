@@ -13,6 +13,7 @@
 #include "core/about_dialog.h"
 #include "core/mainwindow.h"
 #include "core/state.h"
+#include "remote/easycomm_dialog.h"
 #include "rig/rig_dialog.h"
 
 #include "core/app.h"
@@ -150,6 +151,9 @@ int main(int argc, char *argv[])
 
         RigControlDialog rig(&window);
         status |= shot_dialog(&rig, out, "rig_control");
+
+        EasyCommDialog easycomm_dialog(&window);
+        status |= shot_dialog(&easycomm_dialog, out, "easycomm");
 
         KeypadDialog keypad;
         keypad.load("1296.05");

@@ -82,6 +82,7 @@ class MainWindow : public QMainWindow
     void HomeStation(void);
     void DxStation(void);
     void Antenna(void);
+    void EasyComm(void);
     void RigControl(void);
     void About(void);
 
