@@ -10,6 +10,8 @@
 #include "core/state.h"
 #include "pty_pair.h"
 #include "remote/easycomm.h"
+#include "remote/easycomm_dialog.h"
+#include "ui_easycomm_dialog.h"
 #include "remote/net.h"
 #include "remote/pstrotator.h"
 #include "remote/remote_services.h"
@@ -363,4 +365,47 @@ TEST_F(RemoteWindow, EasyCommMenuEntrySavesTheSectionAndStopsTracking)
     char path[1024];
     settings_path(ini_file_name, path, sizeof path);
     EXPECT_NE(test_read_file(path).find("BaudRate=38400"), std::string::npos);
+}
+
+TEST(EasyCommPortDialog, OpensWithTheRecordAndEveryControlWritesIt)
+{
+    test_reset_state();
+    text_copy(easycomm.link.PortName, sizeof easycomm.link.PortName, "/dev/ttyUSB9");
+    easycomm.link.BaudRate = 5;
+    easycomm.link.DataBits = 0;
+    easycomm.link.StopBits = 2;
+    easycomm.link.Parity = 1;
+    easycomm.link.FlowControl = 3;
+    easycomm.debug = 1;
+    EasyCommDialog dialog;
+    EXPECT_EQ(dialog.windowTitle(), "Rig Control Configuration");
+    EXPECT_EQ(dialog.ui->HeadingLabel->text(), "Easycomm Settings");
+    // An adapter that is not plugged in now keeps its place in the list.
+    EXPECT_EQ(dialog.ui->PortComboBox->currentText(), "/dev/ttyUSB9");
+    EXPECT_EQ(easycomm.link.Port, dialog.ui->PortComboBox->currentIndex());
+    EXPECT_EQ(dialog.ui->BaudComboBox->currentText(), "19200");
+    EXPECT_EQ(dialog.ui->DataBitsComboBox->currentText(), "7");
+    EXPECT_EQ(dialog.ui->StopBitsComboBox->currentText(), "2");
+    EXPECT_EQ(dialog.ui->ParityComboBox->currentText(), "Odd");
+    EXPECT_EQ(dialog.ui->FlowComboBox->currentText(), "Custom");
+    EXPECT_TRUE(dialog.ui->DebugButton->isChecked());
+
+    dialog.ui->BaudComboBox->setCurrentIndex(7);
+    dialog.ui->DataBitsComboBox->setCurrentIndex(1);
+    dialog.ui->StopBitsComboBox->setCurrentIndex(1);
+    dialog.ui->ParityComboBox->setCurrentIndex(4);
+    dialog.ui->FlowComboBox->setCurrentIndex(1);
+    dialog.ui->DebugButton->click();
+    EXPECT_EQ(easycomm.link.BaudRate, 7);
+    EXPECT_EQ(easycomm.link.DataBits, 1);
+    EXPECT_EQ(easycomm.link.StopBits, 1);
+    EXPECT_EQ(easycomm.link.Parity, 4);
+    EXPECT_EQ(easycomm.link.FlowControl, 1);
+    EXPECT_EQ(easycomm.debug, 0);
+    if (dialog.ui->PortComboBox->count() > 1)
+    {
+        int other = dialog.ui->PortComboBox->currentIndex() == 0 ? 1 : 0;
+        dialog.ui->PortComboBox->setCurrentIndex(other);
+        EXPECT_STREQ(easycomm.link.PortName, dialog.ui->PortComboBox->itemText(other).toUtf8().constData());
+    }
 }
