@@ -19,9 +19,7 @@
 #include <vector>
 
 // The server logs every p and P; a benchmark measures the work, not stderr.
-static void bench_quiet(QtMsgType, const QMessageLogContext &, const QString &)
-{
-}
+static void bench_quiet(QtMsgType, const QMessageLogContext &, const QString &) {}
 
 static int bench_port(void)
 {

@@ -15,9 +15,8 @@ EasyCommRecord easycomm;
 
 // The word table: two letters each. The last row is two blanks, which no word
 // can begin with, since a blank ends a word.
-static const char *const easycomm_words[] = {"AZ", "EL", "UP", "DN", "DM", "UM", "DR", "UR",
-                                             "ML", "MR", "MU", "MD", "SA", "SE", "AO", "LO",
-                                             "OP", "IP", "AN", "ST", "VE", "  "};
+static const char *const easycomm_words[] = {"AZ", "EL", "UP", "DN", "DM", "UM", "DR", "UR", "ML", "MR", "MU",
+                                             "MD", "SA", "SE", "AO", "LO", "OP", "IP", "AN", "ST", "VE", "  "};
 
 enum
 {

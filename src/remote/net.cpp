@@ -83,12 +83,14 @@ static int net_socket_type(const char *protocol)
     return 0;
 }
 
-static void net_set_options(int s)
+static void net_set_options(int s, int type)
 {
-    // A service is closed and opened again on every pass through the sources
-    // dialog; without this the port stays refused for a minute while the old
-    // session sits in TIME_WAIT, and the service would not come back.
-    int reuse = 1;
+    // A listener is closed and opened again on every pass through the sources
+    // dialog; without address reuse its port stays refused for a minute while
+    // the old session sits in TIME_WAIT, and the service would not come back.
+    // Datagram sockets have no such wait, and there reuse would let a second
+    // instance bind the same command port and take half the datagrams.
+    int reuse = type == SOCK_STREAM ? 1 : 0;
     int buffer = 16384;
     setsockopt(s, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
     setsockopt(s, SOL_SOCKET, SO_SNDBUF, &buffer, sizeof buffer);
@@ -159,7 +161,7 @@ int net_init_client(const char *host, const char *service, const char *protocol)
     {
         net_log("Allocating socket...successful, socket=%d\n", s);
     }
-    net_set_options(s);
+    net_set_options(s, type);
     if (type == SOCK_RAW)
     {
         int on = 1;
@@ -285,8 +287,8 @@ int net_write(int socket, const char *data, int length)
 
 int net_sendto(int socket, const char *data, int length, const struct sockaddr_in *peer)
 {
-    ssize_t n = sendto(socket, data, (size_t)(length > 0 ? length : 0), MSG_NOSIGNAL,
-                       (const struct sockaddr *)peer, sizeof *peer);
+    ssize_t n = sendto(socket, data, (size_t)(length > 0 ? length : 0), MSG_NOSIGNAL, (const struct sockaddr *)peer,
+                       sizeof *peer);
     if (n < 0)
     {
         if (net_debug)
@@ -351,10 +353,9 @@ void net_hexdump_row(uint32_t offset, const uint8_t *bytes, int count, char *hea
     }
     text[16] = 0;
     snprintf(head, (size_t)head_size, "%04lX : ", (unsigned long)offset);
-    snprintf(line, (size_t)line_size,
-             "%02X%02X %02X%02X %02X%02X %02X%02X %02X%02X %02X%02X %02X%02X %02X%02X   %s", row[0], row[1],
-             row[2], row[3], row[4], row[5], row[6], row[7], row[8], row[9], row[10], row[11], row[12], row[13],
-             row[14], row[15], text);
+    snprintf(line, (size_t)line_size, "%02X%02X %02X%02X %02X%02X %02X%02X %02X%02X %02X%02X %02X%02X %02X%02X   %s",
+             row[0], row[1], row[2], row[3], row[4], row[5], row[6], row[7], row[8], row[9], row[10], row[11], row[12],
+             row[13], row[14], row[15], text);
 }
 
 void net_hexdump(uint32_t base, const void *data, int length)
@@ -393,8 +394,8 @@ int net_pick_ethernet_address(const struct ifaddrs *list, const char *hint, char
             continue;
         }
         char host[NI_MAXHOST];
-        if (getnameinfo(entry->ifa_addr, sizeof(struct sockaddr_in), host, sizeof host, nullptr, 0,
-                        NI_NUMERICHOST) != 0)
+        if (getnameinfo(entry->ifa_addr, sizeof(struct sockaddr_in), host, sizeof host, nullptr, 0, NI_NUMERICHOST) !=
+            0)
         {
             continue;
         }

@@ -60,8 +60,8 @@ static void remote_start_pstrotator(void)
     net_start();
     if (pst_start(remote_host, settings.Protocol, settings.CmdPort, settings.RspPort, &remote_socket[0]) == 0)
     {
-        qDebug("PstRotator Control active (ipaddr=%s, Prot=%s, CmdPort=%s, RspPort=%s)", remote_host,
-               settings.Protocol, settings.CmdPort, settings.RspPort);
+        qDebug("PstRotator Control active (ipaddr=%s, Prot=%s, CmdPort=%s, RspPort=%s)", remote_host, settings.Protocol,
+               settings.CmdPort, settings.RspPort);
         pstrotator_running = 1;
     }
     if (net_get_ethernet_address(remote_adapter_hint, own_address, sizeof own_address) == 0 &&

@@ -4,8 +4,8 @@
 // link and opens the selected one anew.
 #pragma once
 
-extern char own_address[32];          // the wired adapter's address, when found
-extern char remote_adapter_hint[16];  // "eth"; tests name no adapter to stay on loopback
+extern char own_address[32];         // the wired adapter's address, when found
+extern char remote_adapter_hint[16]; // "eth"; tests name no adapter to stay on loopback
 
 // Open the link of a remote source (24, 25 or 26) and say so on the status
 // bar; any other source opens nothing.

@@ -176,11 +176,11 @@ static void rotctl_sp_to_lp(const RotctlRequest *, char *reply, int size)
 }
 
 // The commands that change nothing: a log line and a plain success.
-#define ROTCTL_ACKNOWLEDGE(name, text)                                                                             \
-    static void name(const RotctlRequest *, char *reply, int size)                                                 \
-    {                                                                                                              \
-        qDebug(text);                                                                                              \
-        rotctl_reply_status(reply, size);                                                                          \
+#define ROTCTL_ACKNOWLEDGE(name, text)                                                                                 \
+    static void name(const RotctlRequest *, char *reply, int size)                                                     \
+    {                                                                                                                  \
+        qDebug(text);                                                                                                  \
+        rotctl_reply_status(reply, size);                                                                              \
     }
 ROTCTL_ACKNOWLEDGE(rotctl_park, "[rotctl] PARK")
 ROTCTL_ACKNOWLEDGE(rotctl_set_conf, "[rotctl] SetConf")
@@ -204,12 +204,24 @@ struct RotctlCommand
 // The protocol, one row a letter. The long forms (a backslash and a word)
 // are not served: GPredict and rotctl's short forms are all a station needs.
 static const RotctlCommand rotctl_commands[] = {
-    {'p', rotctl_get_position},  {'P', rotctl_set_position},  {'S', rotctl_stop_tracking},
-    {'K', rotctl_park},          {'M', rotctl_move},          {'C', rotctl_set_conf},
-    {'R', rotctl_reset_rotator}, {'_', rotctl_get_info},      {'w', rotctl_raw},
-    {'L', rotctl_locator},       {'l', rotctl_lat_long},      {'D', rotctl_dms_to_dec},
-    {'d', rotctl_dec_to_dms},    {'E', rotctl_dmmm_to_dec},   {'e', rotctl_dec_to_dmmm},
-    {'B', rotctl_qrb},           {'A', rotctl_azimuth_sp_to_lp}, {'a', rotctl_sp_to_lp},
+    {'p', rotctl_get_position},
+    {'P', rotctl_set_position},
+    {'S', rotctl_stop_tracking},
+    {'K', rotctl_park},
+    {'M', rotctl_move},
+    {'C', rotctl_set_conf},
+    {'R', rotctl_reset_rotator},
+    {'_', rotctl_get_info},
+    {'w', rotctl_raw},
+    {'L', rotctl_locator},
+    {'l', rotctl_lat_long},
+    {'D', rotctl_dms_to_dec},
+    {'d', rotctl_dec_to_dms},
+    {'E', rotctl_dmmm_to_dec},
+    {'e', rotctl_dec_to_dmmm},
+    {'B', rotctl_qrb},
+    {'A', rotctl_azimuth_sp_to_lp},
+    {'a', rotctl_sp_to_lp},
 };
 
 int rotctl_handle(const char *request, int length, char *reply, int size)

@@ -15,12 +15,12 @@ enum
     ROTCTL_REPLY_SIZE = 96
 };
 
-extern int32_t rotctl_status;          // printed in every RPRT; never changed
-extern int32_t rotctl_move_direction;  // the M command's arguments, kept only
+extern int32_t rotctl_status;         // printed in every RPRT; never changed
+extern int32_t rotctl_move_direction; // the M command's arguments, kept only
 extern int32_t rotctl_move_speed;
-extern int32_t rotctl_debug;           // trace switch, on from the start
-extern char remote_host[32];           // the first listener's host, "localhost"
-extern char rotctl_service[8];         // "4533"; tests move it off the real port
+extern int32_t rotctl_debug;   // trace switch, on from the start
+extern char remote_host[32];   // the first listener's host, "localhost"
+extern char rotctl_service[8]; // "4533"; tests move it off the real port
 
 // The listening socket, or a negative value.
 int rotctl_start(const char *host, const char *service, const char *protocol);

@@ -94,6 +94,16 @@ TEST_F(Net, ListenerBindsAgainAtOnceAfterASessionClosed)
     net_close(again);
 }
 
+TEST_F(Net, SecondDatagramSocketOnTheSamePortFails)
+{
+    // Two instances with one command port: the second must see its failure
+    // rather than share the datagrams.
+    int first = net_init_client("127.0.0.1", test_port_text(5).c_str(), "udp");
+    ASSERT_GE(first, 0);
+    EXPECT_EQ(net_init_client("127.0.0.1", test_port_text(5).c_str(), "udp"), -1);
+    net_close(first);
+}
+
 TEST_F(Net, CloseOfNoSocketDoesNothing)
 {
     EXPECT_EQ(net_close(-1), 0);

@@ -20,7 +20,9 @@ struct SplitRow
 };
 
 static const SplitRow split_rows[] = {
-    {"<PST><AZIMUTH>120</AZIMUTH></PST>", 5, {"PST", "AZIMUTH", "120", "/AZIMUTH", "/PST"},
+    {"<PST><AZIMUTH>120</AZIMUTH></PST>",
+     5,
+     {"PST", "AZIMUTH", "120", "/AZIMUTH", "/PST"},
      "a set of azimuth: the closing tags keep their slash"},
     {"PST><AZ?></PST>", 3, {"PST", "AZ?", "/PST"}, "the opening bracket is optional"},
     {"<PST>AZ?</PST>", 3, {"PST", "AZ?", "/PST"}, "a query may stand without brackets"},

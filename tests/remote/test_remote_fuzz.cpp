@@ -3,10 +3,10 @@
 // sources, so a byte read or written outside a field fails the run even where
 // the result would look right.
 #include "core/state.h"
+#include "pty_pair.h"
 #include "remote/easycomm.h"
 #include "remote/pstrotator.h"
 #include "remote/rotctl.h"
-#include "pty_pair.h"
 #include "support/test_env.h"
 
 #include <QSerialPort>
@@ -19,9 +19,7 @@
 #include <vector>
 
 // Every parser logs; thousands of rounds of it would bury the report.
-static void fuzz_quiet(QtMsgType, const QMessageLogContext &, const QString &)
-{
-}
+static void fuzz_quiet(QtMsgType, const QMessageLogContext &, const QString &) {}
 
 class Fuzz : public ::testing::Test
 {
@@ -74,8 +72,8 @@ static void expect_terminated(const char *text, int size)
 
 TEST_F(Fuzz, RotctlRequests)
 {
-    const std::vector<std::string> words = {"P", "p", "S", "M", "_", "\\dump_state", " ", "\n", ";", "|", "120.5",
-                                            "-45", std::string(40, '9')};
+    const std::vector<std::string> words = {"P",  "p", "S", "M",     "_",   "\\dump_state",      " ",
+                                            "\n", ";", "|", "120.5", "-45", std::string(40, '9')};
     for (int round = 0; round < 20000; round++)
     {
         std::vector<char> bytes = input(words, 200);
@@ -114,8 +112,9 @@ TEST_F(Fuzz, RotctlNamedHostileRequests)
 
 TEST_F(Fuzz, PstDatagrams)
 {
-    const std::vector<std::string> words = {"<PST>", "</PST>", "<AZIMUTH>", "</AZIMUTH>", "<ELEVATION>", "AZ?",
-                                            "EL?", "MODE?", "<", ">", "\n", "12.5", std::string(40, 'X')};
+    const std::vector<std::string> words = {
+        "<PST>", "</PST>", "<AZIMUTH>", "</AZIMUTH>", "<ELEVATION>",       "AZ?", "EL?", "MODE?",
+        "<",     ">",      "\n",        "12.5",       std::string(40, 'X')};
     for (int round = 0; round < 20000; round++)
     {
         std::vector<char> bytes = input(words, 200);
@@ -156,8 +155,8 @@ TEST_F(Fuzz, PstNamedHostileDatagrams)
 
 TEST_F(Fuzz, EasyCommWords)
 {
-    const std::vector<std::string> words = {"AZ", "EL", "UP", "DN", "SA", "SE", "VE", "az", "1", ".", "-",
-                                            std::string(29, '8')};
+    const std::vector<std::string> words = {"AZ", "EL", "UP", "DN", "SA", "SE",
+                                            "VE", "az", "1",  ".",  "-",  std::string(29, '8')};
     for (int round = 0; round < 20000; round++)
     {
         // The reader hands over at most 29 characters and a zero.

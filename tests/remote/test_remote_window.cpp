@@ -11,13 +11,13 @@
 #include "pty_pair.h"
 #include "remote/easycomm.h"
 #include "remote/easycomm_dialog.h"
-#include "ui_easycomm_dialog.h"
 #include "remote/net.h"
 #include "remote/pstrotator.h"
 #include "remote/remote_services.h"
 #include "remote/rotctl.h"
 #include "remote_peer.h"
 #include "support/test_env.h"
+#include "ui_easycomm_dialog.h"
 #include "ui_mainwindow.h"
 
 #include <QApplication>
@@ -59,37 +59,42 @@ struct GuardRow
 
 static const GuardRow guard_rows[] = {
     {"rotctl", SOURCE_GPREDICT,
-     [](double az) {
+     [](double az)
+     {
          char request[64], reply[96];
          snprintf(request, sizeof request, "P %.2f\n", az);
          rotctl_handle(request, (int)strlen(request), reply, sizeof reply);
      },
-     [](double az, double el) {
+     [](double az, double el)
+     {
          char request[64], reply[96];
          snprintf(request, sizeof request, "P %.2f %.2f\n", az, el);
          rotctl_handle(request, (int)strlen(request), reply, sizeof reply);
      }},
     {"PstRotator", SOURCE_PSTROTATOR,
-     [](double az) {
+     [](double az)
+     {
          char datagram[81];
          PstAnswers answers;
          snprintf(datagram, sizeof datagram, "<PST><AZIMUTH>%.1f</AZIMUTH></PST>", az);
          pst_handle(datagram, (int)strlen(datagram), &answers);
      },
-     [](double az, double el) {
+     [](double az, double el)
+     {
          char datagram[81];
          PstAnswers answers;
-         snprintf(datagram, sizeof datagram, "<PST><AZIMUTH>%.1f</AZIMUTH><ELEVATION>%.1f</ELEVATION></PST>", az,
-                  el);
+         snprintf(datagram, sizeof datagram, "<PST><AZIMUTH>%.1f</AZIMUTH><ELEVATION>%.1f</ELEVATION></PST>", az, el);
          pst_handle(datagram, (int)strlen(datagram), &answers);
      }},
     {"EasyComm", SOURCE_EASYCOMM,
-     [](double az) {
+     [](double az)
+     {
          char word[30];
          snprintf(word, sizeof word, "AZ%.1f", az);
          easycomm_parse(&easycomm, word);
      },
-     [](double az, double el) {
+     [](double az, double el)
+     {
          char word[30];
          snprintf(word, sizeof word, "AZ%.1f", az);
          easycomm_parse(&easycomm, word);
@@ -197,13 +202,15 @@ class RemoteWindow : public ::testing::Test
     // dialog's own loop runs.
     static void answer_next_dialog(bool accept)
     {
-        QTimer::singleShot(0, [accept]() {
-            QDialog *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
-            if (dialog)
-            {
-                accept ? dialog->accept() : dialog->reject();
-            }
-        });
+        QTimer::singleShot(0,
+                           [accept]()
+                           {
+                               QDialog *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+                               if (dialog)
+                               {
+                                   accept ? dialog->accept() : dialog->reject();
+                               }
+                           });
     }
     static void ticks(MainWindow &w, int count, std::function<bool()> done)
     {

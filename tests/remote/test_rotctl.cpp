@@ -193,8 +193,8 @@ TEST_F(RotctlProtocol, StopClearsBothEnables)
 
 TEST_F(RotctlProtocol, LongFormsAndUnknownLettersGetNoReply)
 {
-    static const char *const ignored[] = {"\\dump_state\n", "\\get_pos\n", "Z\n", "x\n", "@\n", "1\n", " P 1 2\n",
-                                          "\n"};
+    static const char *const ignored[] = {"\\dump_state\n", "\\get_pos\n", "Z\n", "x\n", "@\n", "1\n",
+                                          " P 1 2\n",       "\n"};
     for (const char *request : ignored)
     {
         std::string reply;
