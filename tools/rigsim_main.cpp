@@ -81,39 +81,45 @@ static void rigsim_serve(RigsimPty *sim)
     }
 }
 
-int main(int argc, char **argv)
+struct RigsimOptions
 {
-    int protocol = RIGSIM_CIV;
-    int echo = 1;
-    int address = -1;
-    int verbose = 0;
-    const char *link = nullptr;
-    const char *log = nullptr;
+    int protocol;
+    int echo;
+    int address; // -1: the radio's own
+    int verbose;
+    const char *link;
+    const char *log;
+};
+
+static int rigsim_parse(int argc, char **argv, RigsimOptions *options)
+{
+    *options = RigsimOptions{RIGSIM_CIV, 1, -1, 0, nullptr, nullptr};
     for (int i = 1; i < argc; i++)
     {
+        const char *value = i + 1 < argc ? argv[i + 1] : nullptr;
         if (strcmp(argv[i], "--cat") == 0)
         {
-            protocol = RIGSIM_CAT;
+            options->protocol = RIGSIM_CAT;
         }
         else if (strcmp(argv[i], "--no-echo") == 0)
         {
-            echo = 0;
+            options->echo = 0;
         }
         else if (strcmp(argv[i], "--verbose") == 0)
         {
-            verbose = 1;
+            options->verbose = 1;
         }
-        else if (strcmp(argv[i], "--address") == 0 && i + 1 < argc)
+        else if (value && strcmp(argv[i], "--address") == 0)
         {
-            address = (int)strtol(argv[++i], nullptr, 16);
+            options->address = (int)strtol(argv[++i], nullptr, 16);
         }
-        else if (strcmp(argv[i], "--link") == 0 && i + 1 < argc)
+        else if (value && strcmp(argv[i], "--link") == 0)
         {
-            link = argv[++i];
+            options->link = argv[++i];
         }
-        else if (strcmp(argv[i], "--log") == 0 && i + 1 < argc)
+        else if (value && strcmp(argv[i], "--log") == 0)
         {
-            log = argv[++i];
+            options->log = argv[++i];
         }
         else
         {
@@ -121,48 +127,57 @@ int main(int argc, char **argv)
             return 2;
         }
     }
+    return 0;
+}
 
-    static RigsimPty sim;
-    if (log)
+int main(int argc, char **argv)
+{
+    RigsimOptions options;
+    if (rigsim_parse(argc, argv, &options) != 0)
     {
-        sim.log = fopen(log, "w");
+        return 2;
     }
-    else if (verbose)
+    static RigsimPty sim;
+    if (options.log)
+    {
+        sim.log = fopen(options.log, "w");
+    }
+    else if (options.verbose)
     {
         sim.log = stderr;
     }
-    if (rigsim_start(&sim, protocol) != 0)
+    if (rigsim_start(&sim, options.protocol) != 0)
     {
         perror("morvane-rigsim: no pseudo-terminal");
         return 1;
     }
     {
         std::lock_guard<std::mutex> guard(sim.lock);
-        sim.radio.echo = protocol == RIGSIM_CIV && echo;
-        if (address >= 0)
+        sim.radio.echo = options.protocol == RIGSIM_CIV && options.echo;
+        if (options.address >= 0)
         {
-            sim.radio.address = (uint8_t)address;
+            sim.radio.address = (uint8_t)options.address;
         }
     }
-    if (link)
+    if (options.link)
     {
-        unlink(link);
-        if (symlink(sim.path, link) != 0)
+        unlink(options.link);
+        if (symlink(sim.path, options.link) != 0)
         {
             perror("morvane-rigsim: link");
         }
     }
     signal(SIGINT, rigsim_on_signal);
     signal(SIGTERM, rigsim_on_signal);
-    printf("PTY %s\n", link ? link : sim.path);
+    printf("PTY %s\n", options.link ? options.link : sim.path);
     fflush(stdout);
 
     rigsim_serve(&sim);
 
     rigsim_stop(&sim);
-    if (link)
+    if (options.link)
     {
-        unlink(link);
+        unlink(options.link);
     }
     if (sim.log && sim.log != stderr)
     {

@@ -11,6 +11,7 @@
 // so the operator's own settings are never touched.
 #include "astro/sources_dialog.h"
 #include "core/about_dialog.h"
+#include "core/antenna_dialog.h"
 #include "core/mainwindow.h"
 #include "core/state.h"
 #include "remote/easycomm_dialog.h"
@@ -149,12 +150,6 @@ int main(int argc, char *argv[])
         SourcesDialog sources(&window);
         status |= shot_dialog(&sources, out, "sources");
 
-        RigControlDialog rig(&window);
-        status |= shot_dialog(&rig, out, "rig_control");
-
-        EasyCommDialog easycomm_dialog(&window);
-        status |= shot_dialog(&easycomm_dialog, out, "easycomm");
-
         KeypadDialog keypad;
         keypad.load("1296.05");
         status |= shot_dialog(&keypad, out, "keypad");
@@ -183,6 +178,15 @@ int main(int argc, char *argv[])
 
         DxStationDialog dx(&window);
         status |= shot_dialog(&dx, out, "dx_station");
+
+        RigControlDialog rig(&window);
+        status |= shot_dialog(&rig, out, "rig_control");
+
+        EasyCommDialog easycomm_dialog(&window);
+        status |= shot_dialog(&easycomm_dialog, out, "easycomm");
+
+        AntennaDialog antenna(&window);
+        status |= shot_dialog(&antenna, out, "antenna");
     }
     if (home == temp_home)
     {

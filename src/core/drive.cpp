@@ -219,56 +219,36 @@ static void motion(const DriveMotion *m, int on)
     panel_style(m->arrow, STYLE_GRAY);
 }
 
+// Azimuth left and right, elevation up and down.
+static const DriveMotion motions[4] = {
+    {&az_direction, DIR_LEFT, PANEL_LEFT, relay_az_left, pwm_az_left, &settings.az_brake_enabled,
+     &settings.az_brake_delay, &settings.AzimuthPwmActive},
+    {&az_direction, DIR_RIGHT, PANEL_RIGHT, relay_az_right, pwm_az_right, &settings.az_brake_enabled,
+     &settings.az_brake_delay, &settings.AzimuthPwmActive},
+    {&el_direction, DIR_UP, PANEL_UP, relay_el_up, pwm_el_up, &settings.el_brake_enabled, &settings.el_brake_delay,
+     &settings.ElevationPwmActive},
+    {&el_direction, DIR_DOWN, PANEL_DOWN, relay_el_down, pwm_el_down, &settings.el_brake_enabled,
+     &settings.el_brake_delay, &settings.ElevationPwmActive},
+};
+
 void az_left(int on)
 {
-    const DriveMotion m = {&az_direction,
-                           DIR_LEFT,
-                           PANEL_LEFT,
-                           relay_az_left,
-                           pwm_az_left,
-                           &settings.az_brake_enabled,
-                           &settings.az_brake_delay,
-                           &settings.AzimuthPwmActive};
-    motion(&m, on);
+    motion(&motions[0], on);
 }
 
 void az_right(int on)
 {
-    const DriveMotion m = {&az_direction,
-                           DIR_RIGHT,
-                           PANEL_RIGHT,
-                           relay_az_right,
-                           pwm_az_right,
-                           &settings.az_brake_enabled,
-                           &settings.az_brake_delay,
-                           &settings.AzimuthPwmActive};
-    motion(&m, on);
+    motion(&motions[1], on);
 }
 
 void el_up(int on)
 {
-    const DriveMotion m = {&el_direction,
-                           DIR_UP,
-                           PANEL_UP,
-                           relay_el_up,
-                           pwm_el_up,
-                           &settings.el_brake_enabled,
-                           &settings.el_brake_delay,
-                           &settings.ElevationPwmActive};
-    motion(&m, on);
+    motion(&motions[2], on);
 }
 
 void el_down(int on)
 {
-    const DriveMotion m = {&el_direction,
-                           DIR_DOWN,
-                           PANEL_DOWN,
-                           relay_el_down,
-                           pwm_el_down,
-                           &settings.el_brake_enabled,
-                           &settings.el_brake_delay,
-                           &settings.ElevationPwmActive};
-    motion(&m, on);
+    motion(&motions[3], on);
 }
 
 static void all_motions_off(void)
@@ -520,8 +500,9 @@ struct DriveAxis
     int32_t *guard_ms;
     double *error;
     double *start_error;
-    double start, stop, slow_degrees, slow_duty, fast_duty, guard_time;
-    int jog_enable, jog_time;
+    const double *start, *stop, *slow_degrees, *slow_duty, *fast_duty, *guard_time;
+    const uint8_t *jog_enable;
+    const int32_t *jog_time;
     int arrow_low, arrow_high;
     void (*set_duty)(double percent);
     void (*stop_motor)(void);
@@ -532,7 +513,7 @@ struct DriveAxis
 static void axis_stop_with_guard(const DriveAxis *a)
 {
     a->stop_motor();
-    *a->guard_ms = (int)(a->guard_time * 1000);
+    *a->guard_ms = (int)(*a->guard_time * 1000);
 }
 
 static void axis_speed(const DriveAxis *a, int mode, double duty)
@@ -550,7 +531,7 @@ static void axis_step(const DriveAxis *a)
     double size = fabs(error);
     if (*a->drive_on == 1)
     {
-        if (size <= a->stop)
+        if (size <= *a->stop)
         {
             axis_stop_with_guard(a);
         }
@@ -561,14 +542,14 @@ static void axis_step(const DriveAxis *a)
             axis_stop_with_guard(a);
         }
     }
-    else if (*a->guard_ms == 0 && size >= a->start)
+    else if (*a->guard_ms == 0 && size >= *a->start)
     {
-        if (size > a->slow_degrees)
+        if (size > *a->slow_degrees)
         {
             *a->speed_mode = SPEED_FAST;
-            a->set_duty(a->fast_duty);
+            a->set_duty(*a->fast_duty);
         }
-        else if (a->jog_enable)
+        else if (*a->jog_enable)
         {
             *a->speed_mode = SPEED_JOG;
             a->set_duty(100.0);
@@ -576,7 +557,7 @@ static void axis_step(const DriveAxis *a)
         else
         {
             *a->speed_mode = SPEED_SLOW;
-            a->set_duty(a->slow_duty);
+            a->set_duty(*a->slow_duty);
         }
         a->start_motor(error);
         *a->start_error = error;
@@ -584,21 +565,21 @@ static void axis_step(const DriveAxis *a)
 
     if (*a->drive_on == 1)
     {
-        if (size > a->slow_degrees)
+        if (size > *a->slow_degrees)
         {
-            axis_speed(a, SPEED_FAST, a->fast_duty);
+            axis_speed(a, SPEED_FAST, *a->fast_duty);
         }
-        else if (a->jog_enable)
+        else if (*a->jog_enable)
         {
             axis_speed(a, SPEED_JOG, 100.0);
             // No guard after a pulse: the next cycle may pulse again until
             // the error is inside the start threshold.
-            sys_sleep_ms(a->jog_time);
+            sys_sleep_ms(*a->jog_time);
             *a->jog_shade = a->pulse_end();
         }
         else
         {
-            axis_speed(a, SPEED_SLOW, a->slow_duty);
+            axis_speed(a, SPEED_SLOW, *a->slow_duty);
         }
     }
     else if (*a->jog_shade != 1)
@@ -610,55 +591,49 @@ static void axis_step(const DriveAxis *a)
     }
 }
 
-static DriveAxis az_axis(void)
-{
-    const SystemSettings &s = settings;
-    return DriveAxis{&az_drive_on,
-                     &az_speed_mode,
-                     &az_jog_shade,
-                     &az_guard_ms,
-                     &az_error,
-                     &az_start_error,
-                     s.Azimuth_Start,
-                     s.Azimuth_Stop,
-                     s.AzimuthSlowDegrees,
-                     s.AzimuthSlowDutyCycle,
-                     s.AzimuthFastDutyCycle,
-                     s.AzimuthGuardTime,
-                     s.AzimuthJogEnable,
-                     s.AzimuthJogTime,
-                     PANEL_LEFT,
-                     PANEL_RIGHT,
-                     set_az_duty_cycle,
-                     az_stop,
-                     az_start,
-                     az_pulse_end};
-}
-
-static DriveAxis el_axis(void)
-{
-    const SystemSettings &s = settings;
-    return DriveAxis{&el_drive_on,
-                     &el_speed_mode,
-                     &el_jog_shade,
-                     &el_guard_ms,
-                     &el_error,
-                     &el_start_error,
-                     s.Elevation_Start,
-                     s.Elevation_Stop,
-                     s.ElevationSlowDegrees,
-                     s.ElevationSlowDutyCycle,
-                     s.ElevationFastDutyCycle,
-                     s.ElevationGuardTime,
-                     s.ElevationJogEnable,
-                     s.ElevationJogTime,
-                     PANEL_UP,
-                     PANEL_DOWN,
-                     set_el_duty_cycle,
-                     el_halt,
-                     el_start,
-                     el_pulse_end};
-}
+// Azimuth, then elevation.
+static const DriveAxis axes[2] = {
+    {&az_drive_on,
+     &az_speed_mode,
+     &az_jog_shade,
+     &az_guard_ms,
+     &az_error,
+     &az_start_error,
+     &settings.Azimuth_Start,
+     &settings.Azimuth_Stop,
+     &settings.AzimuthSlowDegrees,
+     &settings.AzimuthSlowDutyCycle,
+     &settings.AzimuthFastDutyCycle,
+     &settings.AzimuthGuardTime,
+     &settings.AzimuthJogEnable,
+     &settings.AzimuthJogTime,
+     PANEL_LEFT,
+     PANEL_RIGHT,
+     set_az_duty_cycle,
+     az_stop,
+     az_start,
+     az_pulse_end},
+    {&el_drive_on,
+     &el_speed_mode,
+     &el_jog_shade,
+     &el_guard_ms,
+     &el_error,
+     &el_start_error,
+     &settings.Elevation_Start,
+     &settings.Elevation_Stop,
+     &settings.ElevationSlowDegrees,
+     &settings.ElevationSlowDutyCycle,
+     &settings.ElevationFastDutyCycle,
+     &settings.ElevationGuardTime,
+     &settings.ElevationJogEnable,
+     &settings.ElevationJogTime,
+     PANEL_UP,
+     PANEL_DOWN,
+     set_el_duty_cycle,
+     el_halt,
+     el_start,
+     el_pulse_end},
+};
 
 // The one shortcut through north: with limits that run through it (the
 // southern station's 270..90), a source that has passed 0 going down while
@@ -740,13 +715,11 @@ void drive_step(int source, int through_north, int az_limit_hit, int el_limit_hi
 
     if (!az_manual)
     {
-        DriveAxis axis = az_axis();
-        axis_step(&axis);
+        axis_step(&axes[0]);
     }
     if (!el_manual)
     {
-        DriveAxis axis = el_axis();
-        axis_step(&axis);
+        axis_step(&axes[1]);
     }
     if (park_active && az_drive_on == 0 && el_drive_on == 0)
     {

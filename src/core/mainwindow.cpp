@@ -283,6 +283,7 @@ void MainWindow::createMenus(void)
     QMenu *configure = menu_bar->addMenu(tr("Configure"));
     configure->setStyleSheet(panel_style_text(STYLE_MENU));
     connect(configure->addAction(tr("HomeStation")), &QAction::triggered, this, &MainWindow::HomeStation);
+    connect(configure->addAction(tr("Sources")), &QAction::triggered, this, &MainWindow::SourcesDisplay);
     connect(configure->addAction(tr("Dx Station")), &QAction::triggered, this, &MainWindow::DxStation);
     connect(configure->addAction(tr("EasyComm")), &QAction::triggered, this, &MainWindow::EasyComm);
     connect(configure->addAction(tr("Rig Control")), &QAction::triggered, this, &MainWindow::RigControl);
@@ -383,15 +384,6 @@ void MainWindow::EasyComm(void)
     easycomm_save_settings(ini_file_name, &easycomm);
 }
 
-void MainWindow::RigControl(void)
-{
-    RigControlDialog dialog(this);
-    if (dialog.exec() == QDialog::Accepted)
-    {
-        rig_dialog_accepted();
-    }
-}
-
 // The cycle stands still while the home station is edited: the Doppler,
 // the source positions and the remote links all hang on it.
 void MainWindow::HomeStation(void)
@@ -409,6 +401,19 @@ void MainWindow::HomeStation(void)
     panel_pause_end();
     SendPskSelfReport();
     timer->start(CYCLE_TICK_MS);
+}
+
+// Chosen from the menu, a source changes TrackingSource but leaves the remote
+// links alone; only the source button closes and reopens them. Tracking goes
+// on behind the table.
+void MainWindow::SourcesDisplay(void)
+{
+    SourcesDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        SaveSettings(ini_file_name, &settings);
+        UpdateDisplay();
+    }
 }
 
 // The DX station is only read, never driven to, so tracking goes on behind
@@ -429,6 +434,15 @@ void MainWindow::DxStation(void)
         dx_station_valid = 1;
     }
     UpdateDisplay();
+}
+
+void MainWindow::RigControl(void)
+{
+    RigControlDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        rig_dialog_accepted();
+    }
 }
 
 // The drive's parameters change under it, so it stands still while they are

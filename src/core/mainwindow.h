@@ -80,10 +80,11 @@ class MainWindow : public QMainWindow
     void SourceElevationMousePressed(void);
 
     void HomeStation(void);
+    void SourcesDisplay(void);
     void DxStation(void);
-    void Antenna(void);
     void EasyComm(void);
     void RigControl(void);
+    void Antenna(void);
     void About(void);
 
   private:

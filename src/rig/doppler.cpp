@@ -99,37 +99,6 @@ void doppler_frequency_group(void)
     doppler_show_frequencies();
 }
 
-void doppler_show_figures(const SourceRecord *row)
-{
-    char text[32];
-    if (doppler_mode == 0)
-    {
-        return;
-    }
-    if (home_station_valid)
-    {
-        snprintf(text, sizeof text, "%7.0f Hz", row->doppler_hz);
-        panel_text(PANEL_HOME_DOPPLER, text);
-    }
-    else
-    {
-        panel_text(PANEL_HOME_DOPPLER, " ");
-    }
-    if (dx_station_valid)
-    {
-        snprintf(text, sizeof text, "%7.0f Hz", dx_source_record.doppler_hz);
-        panel_text(PANEL_DX_DOPPLER, text);
-    }
-    else
-    {
-        panel_text(PANEL_DX_DOPPLER, " ");
-    }
-    if (doppler_mode == 3)
-    {
-        snprintf(text, sizeof text, "%7.0f Hz", (dx_source_record.doppler_hz + row->doppler_hz) * 0.5);
-        panel_text(PANEL_MUTUAL_DOPPLER, text);
-    }
-}
 
 void rig_control_off(void)
 {

@@ -23,9 +23,6 @@ void doppler_follow(int vfo_mode, double correction);
 // show the station's Frequency; then the two frequency labels.
 void doppler_frequency_group(void);
 void doppler_show_frequencies(void);
-// The Doppler labels of the display group: home, DX and their mean, with the
-// DX figure taken from dx_source_record as the display group left it.
-void doppler_show_figures(const SourceRecord *row);
 
 // The buttons.
 void doppler_omnirig_pressed(void);

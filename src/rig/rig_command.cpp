@@ -7,17 +7,17 @@ RigCommand rig_status[RIG_STATUS_COUNT];
 RigCommand rig_write[RIG_WRITE_COUNT];
 int32_t rig_debug;
 
-const char *const rig_format_names[RIG_FORMAT_COUNT] = {"vfNone",  "vfText",  "vfBinL",  "vfBinB",
-                                                        "vfBcdLU", "vfBcdLS", "vfBcdBU", "vfBcdBS",
+const char *const rig_format_names[RIG_FORMAT_COUNT] = {"vfNone",  "vfText",   "vfBinL",  "vfBinB",
+                                                        "vfBcdLU", "vfBcdLS",  "vfBcdBU", "vfBcdBS",
                                                         "vfYaesu", "vfDPIcom", "vfTextUD"};
 
 // "pmvfoBB" has a small v: that is the form rig files have been written with
 // for this one parameter, so it is the form looked for.
 const char *const rig_param_names[RIG_PARAM_COUNT] = {
-    "pmFreq",     "pmFreqA",   "pmFreqB",  "pmPitch",    "pmRitOffset", "pmRit0",   "pmVfoAA",  "pmVfoAB",
-    "pmVfoBA",    "pmvfoBB",   "pmVfoA",   "pmVfoB",     "pmVfoEqual",  "pmVfoSwap", "pmSplitOn", "pmSplitOff",
-    "pmRitOn",    "pmRitOff",  "pmXitOn",  "pmXitOff",   "pmRx",        "pmTx",     "pmCW_U",   "pmCW_L",
-    "pmSSB_U",    "pmSSB_L",   "pmDIG_U",  "pmDIG_L",    "pmAM",        "pmFM"};
+    "pmFreq",  "pmFreqA",  "pmFreqB", "pmPitch",  "pmRitOffset", "pmRit0",    "pmVfoAA",   "pmVfoAB",
+    "pmVfoBA", "pmvfoBB",  "pmVfoA",  "pmVfoB",   "pmVfoEqual",  "pmVfoSwap", "pmSplitOn", "pmSplitOff",
+    "pmRitOn", "pmRitOff", "pmXitOn", "pmXitOff", "pmRx",        "pmTx",      "pmCW_U",    "pmCW_L",
+    "pmSSB_U", "pmSSB_L",  "pmDIG_U", "pmDIG_L",  "pmAM",        "pmFM"};
 
 static int rig_name_index(const char *const names[], int count, const char *name)
 {

@@ -10,6 +10,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QSerialPortInfo>
 #include <QStringList>
 #include <QTableWidgetItem>
@@ -20,6 +21,8 @@ RigControlDialog::RigControlDialog(QWidget *parent) : QDialog(parent), ui(new Ui
     ui->setupUi(this);
     ui->tableWidget->setColumnWidth(0, 160);
     ui->tableWidget->setColumnWidth(1, 100);
+    // Rows a finger can hit on the panel.
+    ui->tableWidget->verticalHeader()->setDefaultSectionSize(36);
     ui->tableWidget->setSortingEnabled(false);
     listFiles();
     listPorts();

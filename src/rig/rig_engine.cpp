@@ -31,8 +31,9 @@ int rig_validate_reply(const RigCommand *record, const uint8_t *reply, int lengt
     for (int i = 0; i < record->validate_length; i++)
     {
         uint8_t want = record->validate[i];
-        // A wildcard matches any byte; past the reply's end the pattern still
-        // has to match a cleared buffer, as a short reply never reaches here.
+        // A wildcard matches any byte. Past the reply's end the pattern meets
+        // the cleared buffer, so a pattern longer than its reply fails unless
+        // its tail is wildcards or zeros.
         if ((record->is_hex && want == 0x00) || (!record->is_hex && want == '.'))
         {
             continue;
@@ -222,6 +223,8 @@ int rig_issue_command(const RigCommand *record, uint8_t reply[RIG_REPLY_SIZE])
     int complete = 0;
     if (record->ReplyLength >= 1)
     {
+        // A few old files ask for more than the reply buffer holds; the
+        // first 64 bytes are taken and the rest is dropped by the next clear.
         int want = record->ReplyLength < RIG_REPLY_SIZE ? record->ReplyLength : RIG_REPLY_SIZE;
         count = serial_read(&rig_link, reply, want, RIG_WAIT_PERIODS);
         complete = count == want;

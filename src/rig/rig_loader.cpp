@@ -20,8 +20,7 @@ const char *rig_files_folder(void)
     {
         return rig_folder_override;
     }
-    snprintf(folder, sizeof folder, "%s/OmniRigFiles",
-             QCoreApplication::applicationDirPath().toUtf8().constData());
+    snprintf(folder, sizeof folder, "%s/OmniRigFiles", QCoreApplication::applicationDirPath().toUtf8().constData());
     return folder;
 }
 

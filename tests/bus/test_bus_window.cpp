@@ -3,7 +3,6 @@
 #include "sim_fixture.h"
 
 #include "core/clock.h"
-#include "core/ini_file.h"
 #include "core/mainwindow.h"
 #include "core/panel_seam.h"
 #include "core/settings.h"

@@ -312,16 +312,3 @@ TEST_F(DriveJog, OppositeArrowReversesAfterTheWholeSecondsOfTheGuard)
         EXPECT_EQ(sent(), "relay(2,1,0) pwm(2,1,0) pwm(2,2,50) relay(2,2,1)") << row.guard;
     }
 }
-
-TEST_F(DriveJog, EachArrowReversesItsOwnAxisOnly)
-{
-    az_manual = 1;
-    el_manual = 1;
-    drive_right_pressed();
-    drive_left_pressed();
-    EXPECT_EQ(az_direction, DIR_LEFT);
-    drive_down_pressed();
-    drive_up_pressed();
-    EXPECT_EQ(el_direction, DIR_UP);
-    EXPECT_EQ(az_direction, DIR_LEFT);
-}

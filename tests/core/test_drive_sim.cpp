@@ -163,6 +163,45 @@ TEST_F(DriveSimTest, ManualMoveStopsAtTheLimit)
     EXPECT_EQ(outputs_on(), 0);
 }
 
+TEST_F(DriveSimTest, FailedReadHoldsOneAxisWhileTheOtherTracks)
+{
+    place(100, 10);
+    source_az = 200;
+    source_el = 60;
+    drive_auto_pressed();
+    run_seconds(5);
+    sim.az_read_fails = 1;
+    double held = sim.station.mount.az;
+    run_seconds(20);
+    EXPECT_NEAR(sim.station.mount.az, held, 0.2) << "stopped at the first failed cycle";
+    EXPECT_EQ(auto_tracking, 1);
+    EXPECT_NEAR(sim.station.mount.el, 35, 1.0) << "elevation went on at full speed";
+    sim.az_read_fails = 0;
+    run_seconds(120);
+    EXPECT_NEAR(sim.station.mount.az, 200, 0.3) << "azimuth resumes by itself";
+    EXPECT_NEAR(sim.station.mount.el, 60, 0.3);
+}
+
+TEST_F(DriveSimTest, SourceBelowTheHorizonHoldsTheMountUntilItRises)
+{
+    place(100, 10);
+    source_az = 120;
+    source_el = 30;
+    drive_auto_pressed();
+    run_seconds(3);
+    source_table[SOURCE_USER_AZEL].above_horizon = 0;
+    run_seconds(0.1);
+    double az = sim.station.mount.az, el = sim.station.mount.el;
+    run_seconds(30);
+    EXPECT_EQ(sim.station.mount.az, az);
+    EXPECT_EQ(sim.station.mount.el, el);
+    EXPECT_EQ(outputs_on(), 0);
+    source_table[SOURCE_USER_AZEL].above_horizon = 1;
+    run_seconds(60);
+    EXPECT_NEAR(sim.station.mount.az, 120, 0.3);
+    EXPECT_NEAR(sim.station.mount.el, 30, 0.3);
+}
+
 // The whole path through the SEI link on the simulator's pseudo-terminal.
 TEST_F(SimBus, StopAllReachesTheBoardsThroughTheLink)
 {

@@ -261,52 +261,6 @@ TEST_F(DriveStep, ThroughNorthTakesTheShortWayOnlyForTheSouthernCase)
     }
 }
 
-TEST_F(DriveStep, ReadFailureStopsOneAxisWithGuardAndTheOtherGoesOn)
-{
-    source_az = 150;
-    source_el = 60;
-    step();
-    ASSERT_EQ(az_drive_on, 1);
-    ASSERT_EQ(el_drive_on, 1);
-    az_read_status = 1;
-    step();
-    EXPECT_EQ(az_drive_on, 0);
-    EXPECT_EQ(az_error, 0);
-    EXPECT_EQ(az_guard_ms, 2000);
-    EXPECT_EQ(el_drive_on, 1);
-    EXPECT_EQ(auto_tracking, 1);
-
-    // Back in service by itself once the read works and the guard ran out.
-    az_read_status = 0;
-    for (int i = 0; i < 40; i++)
-    {
-        cycle_guard_timers();
-    }
-    step();
-    EXPECT_EQ(az_direction, DIR_RIGHT);
-}
-
-TEST_F(DriveStep, SourceBelowTheHorizonStopsBothAxesAndTrackingResumesWhenItRises)
-{
-    source_az = 150;
-    source_el = 60;
-    step();
-    source_table[SOURCE_USER_AZEL].above_horizon = 0;
-    step();
-    EXPECT_EQ(az_drive_on + el_drive_on, 0);
-    EXPECT_EQ(auto_tracking, 1);
-    step();
-    EXPECT_EQ(az_drive_on + el_drive_on, 0);
-    source_table[SOURCE_USER_AZEL].above_horizon = 1;
-    for (int i = 0; i < 40; i++)
-    {
-        cycle_guard_timers();
-    }
-    step();
-    EXPECT_EQ(az_direction, DIR_RIGHT);
-    EXPECT_EQ(el_direction, DIR_UP);
-}
-
 TEST_F(DriveStep, NegativeSourceElevationHoldsOnlyElevation)
 {
     source_az = 150;

@@ -58,23 +58,32 @@ TEST_F(DriveWindow, ModeButtonsAndArrowsReachTheDrive)
     EXPECT_EQ(el_direction, DIR_DOWN);
 }
 
+static QAction *menu_entry(QMenuBar *bar, const char *menu_name, const char *entry_name)
+{
+    for (QAction *menu : bar->actions())
+    {
+        if (menu->text() == menu_name && menu->menu())
+        {
+            for (QAction *entry : menu->menu()->actions())
+            {
+                if (entry->text() == entry_name)
+                {
+                    return entry;
+                }
+            }
+        }
+    }
+    return nullptr;
+}
+
 TEST_F(DriveWindow, TrackingMenuOpensTheParameters)
 {
     MainWindow window(0);
     window.timer->stop();
     window.MenuButtonPressed();
     ASSERT_NE(window.menu_bar, nullptr);
-    QAction *parameters = nullptr;
-    for (QAction *menu : window.menu_bar->actions())
-    {
-        if (menu->text() == "Tracking" && menu->menu())
-        {
-            for (QAction *entry : menu->menu()->actions())
-            {
-                parameters = entry->text() == "Parameters" ? entry : parameters;
-            }
-        }
-    }
+    EXPECT_NE(menu_entry(window.menu_bar, "Configure", "Sources"), nullptr);
+    QAction *parameters = menu_entry(window.menu_bar, "Tracking", "Parameters");
     ASSERT_NE(parameters, nullptr);
     int opened = 0;
     QTimer::singleShot(0,

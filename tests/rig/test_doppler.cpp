@@ -136,23 +136,6 @@ TEST_F(DopplerButtons, OmniRigWithoutFileOrPortStaysInactive)
     EXPECT_STREQ(panel_last_status, "OmniRig is inactive");
 }
 
-TEST_F(DopplerButtons, FiguresOnThePanel)
-{
-    SourceRecord row = {};
-    row.doppler_hz = 1234.4;
-    dx_source_record.doppler_hz = -200.0;
-    panel_text(PANEL_HOME_DOPPLER, "distance");
-    doppler_show_figures(&row);
-    EXPECT_STREQ(panel_last_text[PANEL_HOME_DOPPLER], "distance"); // mode 0 leaves distance and bearing
-
-    doppler_mode = 3;
-    home_station_valid = 1;
-    doppler_show_figures(&row);
-    EXPECT_STREQ(panel_last_text[PANEL_HOME_DOPPLER], "   1234 Hz");
-    EXPECT_STREQ(panel_last_text[PANEL_DX_DOPPLER], " ");
-    EXPECT_STREQ(panel_last_text[PANEL_MUTUAL_DOPPLER], "    517 Hz");
-}
-
 TEST_F(DopplerButtons, RigOffShowsTheStationFrequency)
 {
     settings.Frequency = 1296.1;

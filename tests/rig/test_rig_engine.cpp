@@ -1,8 +1,8 @@
 #include "rig/rig_engine.h"
 
 #include "core/settings.h"
-#include "rig_sim_fixture.h"
 #include "rig/rig_log.h"
+#include "rig_sim_fixture.h"
 #include "rig_test_files.h"
 
 #include <QElapsedTimer>
@@ -136,7 +136,12 @@ TEST(RigGetters, TextToHertz)
     EXPECT_EQ(rig_get_freq_a(&hz), 0);
     EXPECT_EQ(hz, 144000000);
     // Bytes that are not decimal BCD give a text that starts with a letter.
-    snprintf(rig_param_text[pmFreqB], RIG_TEXT_SIZE, "A5000000");
+    RigCommand record = {};
+    record.is_hex = 1;
+    record.values[0] = value(0, 5, vfBcdLU, pmFreqB);
+    const uint8_t reply[5] = {0x00, 0x00, 0x00, 0x96, 0xA2};
+    rig_decode_reply(&record, reply, 5, nullptr);
+    EXPECT_STREQ(rig_param_text[pmFreqB], "A296000000");
     EXPECT_EQ(rig_get_freq_b(&hz), 0);
     EXPECT_EQ(hz, 0);
 }
@@ -257,6 +262,27 @@ TEST_F(RigEngineCat, TerminatedRepliesAndWritesWithoutReply)
     uint8_t reply[RIG_REPLY_SIZE];
     rig_issue_command(&rig_status[2], reply);
     EXPECT_STREQ(rig_param_text[pmFreqB], "00144099000");
+}
+
+TEST_F(RigEngineCat, WalksFromRecordZeroOrOneAndStopsAtAGap)
+{
+    rig_load_path(rig_test_write("gap.ini", "[INIT1]\nCommand=(ID;)\nReplyEnd=(;)\n"
+                                            "[STATUS1]\nCommand=(FB;)\nReplyEnd=(;)\n"
+                                            "[STATUS3]\nCommand=(FA;)\nReplyEnd=(;)\n")
+                      .c_str(),
+                  0);
+    rig_send_init();
+    rig_poll_status();
+    std::vector<std::string> frames = rigsim_frames(&sim);
+    std::vector<std::string> sent;
+    for (const std::string &frame : frames)
+    {
+        if (frame[0] == '>')
+        {
+            sent.push_back(frame);
+        }
+    }
+    EXPECT_EQ(sent, (std::vector<std::string>{"> ID;", "> FB;"}));
 }
 
 TEST_F(RigEngineCat, NoTerminatorWithin64BytesIsIncomplete)

@@ -78,8 +78,8 @@ TEST_F(RigLoader, ValidateIsReadTheWayTheCommandWas)
 TEST_F(RigLoader, ValueParts)
 {
     load("[STATUS]\nCommand=FEFE\n"
-         "Value=6||5|vfBcdLU|1|0\n"                 // the empty part drops out, the rest move up
-         "Value1=13|5|vfbcdlu|1|0|pmFreqA\n"        // wrong case: no format
+         "Value=6||5|vfBcdLU|1|0\n"                  // the empty part drops out, the rest move up
+         "Value1=13|5|vfbcdlu|1|0|pmFreqA\n"         // wrong case: no format
          "Value2=2|11|vfText|0.425|-127.5|pmFreqB\n" // fractions read as 0
          "Value3=1|2|vfText|1\n"                     // too few parts: passed over, the scan goes on
          "Value4=1|2|vfText|1|0|pmfreqa\n"           // unknown parameter: pmFreq

@@ -2,6 +2,7 @@
 
 #include "rig/rig_loader.h"
 #include "rig_test_files.h"
+#include "rigsim/rigsim_pty.h"
 #include "support/test_env.h"
 
 #include <QElapsedTimer>
@@ -10,8 +11,6 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
-
-#include "rigsim/rigsim_pty.h"
 
 struct SurveyRow
 {

@@ -33,14 +33,14 @@ void test_reset_state(void)
     memset(encoders, 0, sizeof encoders);
     panel_reset();
     clock_reset();
+    sei_link_reset();
+    position_reset();
+    rig_reset();
+    rig_files_set_folder(nullptr);
     remote_reset();
     // A test never opens a listener on the wired adapter: everything stays on
     // the loopback.
     remote_adapter_hint[0] = 0;
-    rig_reset();
-    rig_files_set_folder(nullptr);
-    sei_link_reset();
-    position_reset();
     drive_set_bus(nullptr);
 }
 

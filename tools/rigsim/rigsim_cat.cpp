@@ -47,8 +47,8 @@ static int rigsim_cat_status(const RigsimRadio *radio, char *reply, int size)
     // The CAT radio keeps its mode in Kenwood's numbers: 1 LSB, 2 USB, 3 CW...
     int mode = radio->mode >= 0 && radio->mode <= 9 ? '0' + radio->mode : '3';
     return snprintf(reply, (size_t)size, "IF%011lld%4s%+06d%c%c%03d%c%c%c%c%c%c%02d%c;",
-                    (long long)radio->vfo[radio->selected], "    ", 0, '0', '0', 0, radio->transmit ? '1' : '0',
-                    mode, radio->selected ? '1' : '0', '0', radio->split ? '1' : '0', '0', 0, '0');
+                    (long long)radio->vfo[radio->selected], "    ", 0, '0', '0', 0, radio->transmit ? '1' : '0', mode,
+                    radio->selected ? '1' : '0', '0', radio->split ? '1' : '0', '0', 0, '0');
 }
 
 int rigsim_cat_reply(RigsimRadio *radio, const char *command, char *reply, int size)
@@ -111,8 +111,7 @@ int rigsim_cat_reply(RigsimRadio *radio, const char *command, char *reply, int s
         radio->transmit = name[0] == 'T';
         return 0;
     }
-    else if (strcmp(name, "AI") == 0 || strcmp(name, "RT") == 0 || strcmp(name, "XT") == 0 ||
-             strcmp(name, "RC") == 0)
+    else if (strcmp(name, "AI") == 0 || strcmp(name, "RT") == 0 || strcmp(name, "XT") == 0 || strcmp(name, "RC") == 0)
     {
         if (n == 0 && name[0] == 'A')
         {

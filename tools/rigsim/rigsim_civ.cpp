@@ -63,8 +63,8 @@ int64_t rigsim_civ_get_frequency(const uint8_t bcd[5])
     return hz;
 }
 
-static int rigsim_civ_frame(const RigsimRadio *radio, uint8_t to, const uint8_t *body, int body_length,
-                            uint8_t *reply, int size)
+static int rigsim_civ_frame(const RigsimRadio *radio, uint8_t to, const uint8_t *body, int body_length, uint8_t *reply,
+                            int size)
 {
     if (body_length + 5 > size)
     {
@@ -79,87 +79,103 @@ static int rigsim_civ_frame(const RigsimRadio *radio, uint8_t to, const uint8_t 
     return body_length + 5;
 }
 
-// The answer to a command once the frame is known to be ours: the reply body,
-// or a single FB (done) or FA (not understood).
-static int rigsim_civ_body(RigsimRadio *radio, const uint8_t *data, int n, uint8_t *body)
+static int rigsim_civ_done(uint8_t *body)
 {
-    int cmd = data[0];
+    body[0] = CIV_OK;
+    return 1;
+}
+
+// Each handler gives the reply body's length, or 0 for a command it does
+// not take (the radio then answers FA).
+static int rigsim_civ_frequency(RigsimRadio *radio, const uint8_t *data, int n, uint8_t *body)
+{
     int sel = radio->selected;
-    switch (cmd)
+    if (data[0] == 0x03 && n == 1) // read the operating frequency
     {
-    case 0x03: // read the operating frequency
         body[0] = 0x03;
         rigsim_civ_put_frequency(radio->vfo[sel], body + 1);
         return 6;
-    case 0x05: // set the operating frequency
-        if (n != 6)
-        {
-            break;
-        }
+    }
+    if (data[0] == 0x05 && n == 6) // set the operating frequency
+    {
         radio->vfo[sel] = rigsim_civ_get_frequency(data + 1);
-        body[0] = CIV_OK;
-        return 1;
-    case 0x25: // selected (00) or unselected (01) VFO, read or set
-        if (n < 2 || data[1] > 1)
-        {
-            break;
-        }
-        if (n == 2)
-        {
-            body[0] = 0x25;
-            body[1] = data[1];
-            rigsim_civ_put_frequency(radio->vfo[data[1] ? 1 - sel : sel], body + 2);
-            return 7;
-        }
-        if (n != 7)
-        {
-            break;
-        }
-        radio->vfo[data[1] ? 1 - sel : sel] = rigsim_civ_get_frequency(data + 2);
-        body[0] = CIV_OK;
-        return 1;
-    case 0x07: // VFO A/B or main/sub, equalise, swap; D2 reads which is in use
-        if (n == 2 && (data[1] == 0x00 || data[1] == 0x01 || data[1] == 0xD0 || data[1] == 0xD1))
-        {
-            radio->selected = data[1] & 1;
-        }
-        else if (n == 2 && data[1] == 0xA0)
-        {
-            radio->vfo[1 - sel] = radio->vfo[sel];
-        }
-        else if (n == 2 && data[1] == 0xB0)
-        {
-            int64_t other = radio->vfo[1 - sel];
-            radio->vfo[1 - sel] = radio->vfo[sel];
-            radio->vfo[sel] = other;
-        }
-        else if (n == 2 && data[1] == 0xD2)
-        {
-            body[0] = 0x07;
-            body[1] = 0xD2;
-            body[2] = (uint8_t)sel;
-            return 3;
-        }
-        else
-        {
-            break;
-        }
-        body[0] = CIV_OK;
-        return 1;
-    case 0x04: // read the mode
+        return rigsim_civ_done(body);
+    }
+    if (data[0] != 0x25 || n < 2 || data[1] > 1)
+    {
+        return 0;
+    }
+    // 25 00 is the VFO in use, 25 01 the other one.
+    int vfo = data[1] ? 1 - sel : sel;
+    if (n == 2)
+    {
+        body[0] = 0x25;
+        body[1] = data[1];
+        rigsim_civ_put_frequency(radio->vfo[vfo], body + 2);
+        return 7;
+    }
+    if (n != 7)
+    {
+        return 0;
+    }
+    radio->vfo[vfo] = rigsim_civ_get_frequency(data + 2);
+    return rigsim_civ_done(body);
+}
+
+// 07: VFO A/B or main/sub, equalise, swap; D2 reads which is in use.
+static int rigsim_civ_vfo(RigsimRadio *radio, const uint8_t *data, int n, uint8_t *body)
+{
+    int sel = radio->selected;
+    if (n != 2)
+    {
+        return 0;
+    }
+    switch (data[1])
+    {
+    case 0x00:
+    case 0x01:
+    case 0xD0:
+    case 0xD1:
+        radio->selected = data[1] & 1;
+        return rigsim_civ_done(body);
+    case 0xA0:
+        radio->vfo[1 - sel] = radio->vfo[sel];
+        return rigsim_civ_done(body);
+    case 0xB0:
+    {
+        int64_t other = radio->vfo[1 - sel];
+        radio->vfo[1 - sel] = radio->vfo[sel];
+        radio->vfo[sel] = other;
+        return rigsim_civ_done(body);
+    }
+    case 0xD2:
+        body[0] = 0x07;
+        body[1] = 0xD2;
+        body[2] = (uint8_t)sel;
+        return 3;
+    default:
+        return 0;
+    }
+}
+
+// Mode, split and transmit state, read and set.
+static int rigsim_civ_state(RigsimRadio *radio, const uint8_t *data, int n, uint8_t *body)
+{
+    switch (data[0])
+    {
+    case 0x04:
         body[0] = 0x04;
         body[1] = (uint8_t)radio->mode;
         body[2] = 0x01;
         return 3;
-    case 0x06: // set the mode
+    case 0x06:
         if (n < 2)
         {
-            break;
+            return 0;
         }
         radio->mode = data[1];
-        body[0] = CIV_OK;
-        return 1;
-    case 0x0F: // split
+        return rigsim_civ_done(body);
+    case 0x0F:
         if (n == 1)
         {
             body[0] = 0x0F;
@@ -167,9 +183,8 @@ static int rigsim_civ_body(RigsimRadio *radio, const uint8_t *data, int n, uint8
             return 2;
         }
         radio->split = data[1] == 0x01;
-        body[0] = CIV_OK;
-        return 1;
-    case 0x1C: // transmit state
+        return rigsim_civ_done(body);
+    case 0x1C:
         if (n == 2 && data[1] == 0x00)
         {
             body[0] = 0x1C;
@@ -180,28 +195,62 @@ static int rigsim_civ_body(RigsimRadio *radio, const uint8_t *data, int n, uint8
         if (n == 3 && data[1] == 0x00)
         {
             radio->transmit = data[2] != 0;
-            body[0] = CIV_OK;
-            return 1;
+            return rigsim_civ_done(body);
         }
-        break;
-    case 0x14: // levels (two data bytes): read as 0, set accepted
-    case 0x16: // functions
-    case 0x1A: // menu settings
-    case 0x21: // RIT
-        if (n == 2 || (cmd == 0x1A && n < 5))
-        {
-            int zeros = cmd == 0x14 ? 2 : 1;
-            memcpy(body, data, (size_t)n);
-            memset(body + n, 0, (size_t)zeros);
-            return n + zeros;
-        }
-        body[0] = CIV_OK;
-        return 1;
+        return 0;
     default:
+        return 0;
+    }
+}
+
+// Levels (14, two data bytes), functions (16), menu settings (1A) and RIT
+// (21): a read gives zeros, a setting is accepted and forgotten.
+static int rigsim_civ_settings(const uint8_t *data, int n, uint8_t *body)
+{
+    int cmd = data[0];
+    if (cmd != 0x14 && cmd != 0x16 && cmd != 0x1A && cmd != 0x21)
+    {
+        return 0;
+    }
+    if (n == 2 || (cmd == 0x1A && n < 5))
+    {
+        int zeros = cmd == 0x14 ? 2 : 1;
+        memcpy(body, data, (size_t)n);
+        memset(body + n, 0, (size_t)zeros);
+        return n + zeros;
+    }
+    return rigsim_civ_done(body);
+}
+
+static int rigsim_civ_body(RigsimRadio *radio, const uint8_t *data, int n, uint8_t *body)
+{
+    int length = 0;
+    switch (data[0])
+    {
+    case 0x03:
+    case 0x05:
+    case 0x25:
+        length = rigsim_civ_frequency(radio, data, n, body);
+        break;
+    case 0x07:
+        length = rigsim_civ_vfo(radio, data, n, body);
+        break;
+    case 0x04:
+    case 0x06:
+    case 0x0F:
+    case 0x1C:
+        length = rigsim_civ_state(radio, data, n, body);
+        break;
+    default:
+        length = rigsim_civ_settings(data, n, body);
         break;
     }
-    body[0] = CIV_NG;
-    return 1;
+    if (length == 0)
+    {
+        body[0] = CIV_NG;
+        length = 1;
+    }
+    return length;
 }
 
 int rigsim_civ_reply(RigsimRadio *radio, const uint8_t *frame, int length, uint8_t *reply, int size)

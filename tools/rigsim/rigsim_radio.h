@@ -13,7 +13,7 @@ enum RigsimProtocol
 
 struct RigsimRadio
 {
-    int64_t vfo[2]; // A and B, in hertz
+    int64_t vfo[2];      // A and B, in hertz
     double dial_rate[2]; // hertz a second the operator turns each VFO
     double dial_rest[2]; // the part of a hertz not yet shown
     int selected;        // 0 VFO A, 1 VFO B
@@ -21,12 +21,12 @@ struct RigsimRadio
     int split;
     int transmit;
     // Faults, for tests of the engine's patience.
-    int silent;       // nothing comes back, not even the echo
-    int echo;         // a one-wire CI-V bus hears its own bytes
-    int garble;       // replies still to be garbled
-    int cut;          // bytes to drop from the end of the next reply
-    int noise;        // the next reply is this many bytes of noise instead
-    uint8_t address;  // CI-V address of the radio
+    int silent;      // nothing comes back, not even the echo
+    int echo;        // a one-wire CI-V bus hears its own bytes
+    int garble;      // replies still to be garbled
+    int cut;         // bytes to drop from the end of the next reply
+    int noise;       // the next reply is this many bytes of noise instead
+    uint8_t address; // CI-V address of the radio
     int64_t frames_in, frames_out;
 };
 

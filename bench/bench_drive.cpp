@@ -1,0 +1,175 @@
+// The drive's cost and quality: one drive step with the station idle and
+// with both axes running (the bus left out: its waits belong to the link),
+// and an hour of tracking the Moon with the simulated mount, in simulated
+// time, with the default parameters.
+#include "astro/source.h"
+#include "core/clock.h"
+#include "core/drive.h"
+#include "core/state.h"
+#include "drive_recorder.h"
+#include "drive_sim.h"
+
+#include <benchmark/benchmark.h>
+#include <cmath>
+#include <ctime>
+
+static int bench_no_relay(int, uint8_t, uint8_t, uint8_t *status)
+{
+    *status = 0;
+    return 0;
+}
+
+static int bench_no_pwm(int, uint8_t, uint8_t, uint8_t *status)
+{
+    *status = 0;
+    return 0;
+}
+
+static void bench_no_sleep(int) {}
+
+static void bench_drive_setup(void)
+{
+    static const DriveBus bus = {bench_no_relay, bench_no_pwm};
+    state_reset();
+    drive_test_settings();
+    drive_set_bus(&bus);
+    clock_set_sleep_hook(bench_no_sleep);
+    settings.TrackingSource = SOURCE_USER_AZEL;
+    SourceRecord &row = source_table[SOURCE_USER_AZEL];
+    row.above_horizon = 1;
+    row.az_tracking_enable = row.el_tracking_enable = 1;
+    auto_tracking = 1;
+}
+
+// Target: below 50 microseconds.
+static void BM_DriveStepIdle(benchmark::State &state)
+{
+    bench_drive_setup();
+    az_position = source_az = 180;
+    el_position = source_el = 45;
+    for (auto _ : state)
+    {
+        drive_step(SOURCE_USER_AZEL, 0, 0, 0);
+        benchmark::DoNotOptimize(az_error);
+    }
+    state.SetLabel("target < 50 us");
+    drive_set_bus(nullptr);
+    clock_reset();
+}
+BENCHMARK(BM_DriveStepIdle)->Unit(benchmark::kMicrosecond);
+
+// Both motors on at fast speed far from the target: the step checks the stop
+// rules and the speed and sends nothing.
+static void BM_DriveStepRunning(benchmark::State &state)
+{
+    bench_drive_setup();
+    az_position = 100;
+    source_az = 200;
+    el_position = 10;
+    source_el = 60;
+    drive_step(SOURCE_USER_AZEL, 0, 0, 0);
+    for (auto _ : state)
+    {
+        drive_step(SOURCE_USER_AZEL, 0, 0, 0);
+        benchmark::DoNotOptimize(az_drive_on);
+    }
+    state.SetLabel(az_drive_on && el_drive_on ? "target < 50 us" : "motors not running");
+    drive_set_bus(nullptr);
+    clock_reset();
+}
+BENCHMARK(BM_DriveStepRunning)->Unit(benchmark::kMicrosecond);
+
+static double bench_wrap180(double angle)
+{
+    return angle - 360 * std::floor((angle + 180) / 360);
+}
+
+// A UTC of the reference day at which the Moon stands between 25 and 55
+// degrees at the station, rising or setting, so the hour is spent tracking.
+static time_t bench_moon_start(double latitude, double longitude)
+{
+    struct tm day = {};
+    day.tm_year = 2024 - 1900;
+    day.tm_mon = 3;
+    day.tm_mday = 15;
+    time_t start = timegm(&day);
+    for (int minute = 0; minute < 2 * 24 * 60; minute += 10)
+    {
+        time_t t = start + minute * 60;
+        struct tm tm;
+        gmtime_r(&t, &tm);
+        SourceRecord row = {};
+        source_calculate(SOURCE_MOON, SOURCE_MASK_ALL, &tm, latitude, longitude, 1296.0, row);
+        if (row.el > 25 && row.el < 55)
+        {
+            return t;
+        }
+    }
+    return start;
+}
+
+static void bench_moon_target(double latitude, double longitude)
+{
+    time_t now = clock_utc();
+    struct tm tm;
+    gmtime_r(&now, &tm);
+    source_calculate(SOURCE_MOON, SOURCE_MASK_POSITION, &tm, latitude, longitude, 1296.0, source_table[SOURCE_MOON]);
+    source_az = source_table[SOURCE_MOON].az;
+    source_el = source_table[SOURCE_MOON].el;
+}
+
+// An hour of the Moon: the display group's 550 ms refresh moves the target,
+// the clock seam moves the time, the mount follows the drive. Pointing
+// errors are sampled every position cycle, from the mount's true angles.
+static void BM_TrackingHourMoon(benchmark::State &state)
+{
+    const double latitude = 52.0, longitude = 5.0;
+    double az_sum = 0, el_sum = 0, az_max = 0, el_max = 0;
+    long samples = 0;
+    DriveSim sim;
+    for (auto _ : state)
+    {
+        state_reset();
+        drive_test_settings();
+        drive_sim_start(&sim);
+        sim.station.mount.coast_ms = 400;
+        settings.Latitude = latitude;
+        settings.Longitude = longitude;
+        settings.TrackingSource = SOURCE_MOON;
+        time_t start = bench_moon_start(latitude, longitude);
+        clock_freeze(start);
+        bench_moon_target(latitude, longitude);
+        sim.station.mount.az = source_az;
+        sim.station.mount.el = source_el;
+        drive_auto_pressed();
+        for (int tick = 0; tick < 3600 * 20; tick++)
+        {
+            if (tick % 11 == 0)
+            {
+                clock_shift((long)(sim.ms / 1000));
+                bench_moon_target(latitude, longitude);
+            }
+            drive_sim_tick(&sim);
+            if (tick % 2 == 1)
+            {
+                double az_error = std::fabs(bench_wrap180(source_az - sim.station.mount.az));
+                double el_error = std::fabs(source_el - sim.station.mount.el);
+                az_sum += az_error * az_error;
+                el_sum += el_error * el_error;
+                az_max = std::max(az_max, az_error);
+                el_max = std::max(el_max, el_error);
+                samples++;
+            }
+        }
+        drive_sim_stop();
+        clock_reset();
+    }
+    state.counters["az_rms_deg"] = std::sqrt(az_sum / samples);
+    state.counters["az_max_deg"] = az_max;
+    state.counters["el_rms_deg"] = std::sqrt(el_sum / samples);
+    state.counters["el_max_deg"] = el_max;
+    state.counters["az_starts"] = sim.az_starts;
+    state.counters["el_starts"] = sim.el_starts;
+    state.SetLabel("one simulated hour, default parameters");
+}
+BENCHMARK(BM_TrackingHourMoon)->Unit(benchmark::kMillisecond)->Iterations(1);
