@@ -69,15 +69,6 @@ TEST_F(EasyCommParse, VersionIsAnsweredAtOnce)
     EXPECT_STREQ(easycomm.reply, "002\r");
 }
 
-TEST_F(EasyCommParse, UpAndDownKeepTheirNumberOnly)
-{
-    EXPECT_EQ(parse("UP435000000"), EASYCOMM_UP);
-    EXPECT_DOUBLE_EQ(easycomm.up, 435000000.0);
-    EXPECT_EQ(parse("DN145900000"), EASYCOMM_DN);
-    EXPECT_DOUBLE_EQ(easycomm.down, 145900000.0);
-    EXPECT_EQ(row24.az_tracking_enable, 0);
-}
-
 TEST_F(EasyCommParse, OnlyTheFirstTwoLettersAreMatched)
 {
     EXPECT_EQ(parse("AZIMUTH10"), EASYCOMM_AZ);
@@ -201,16 +192,6 @@ TEST_F(EasyCommLine, LongWordIsCutAndItsRestBeginsTheNext)
     EXPECT_STREQ(easycomm.command, "91");
 }
 
-TEST_F(EasyCommLine, TerminatorFirstIsNoWord)
-{
-    pty.send("\r\n AZ ");
-    easycomm.link.port->waitForReadyRead(2000);
-    EXPECT_EQ(easycomm_poll(&easycomm), EASYCOMM_NONE);
-    EXPECT_EQ(easycomm_poll(&easycomm), EASYCOMM_NONE);
-    EXPECT_EQ(easycomm_poll(&easycomm), EASYCOMM_NONE);
-    EXPECT_EQ(easycomm_poll(&easycomm), EASYCOMM_AZ);
-}
-
 TEST_F(EasyCommLine, SilentLineEndsTheWordUnfinished)
 {
     // A controller that stops in mid word costs this poll its thousand empty
@@ -219,12 +200,6 @@ TEST_F(EasyCommLine, SilentLineEndsTheWordUnfinished)
     EXPECT_STREQ(easycomm.command, "AZ12");
     EXPECT_STREQ(panel_last_status, "AZ12");
     EXPECT_EQ(row24.az_tracking_enable, 0);
-}
-
-TEST_F(EasyCommLine, NothingOnTheLineIsNoWord)
-{
-    EXPECT_EQ(easycomm_poll(&easycomm), EASYCOMM_NONE);
-    EXPECT_STREQ(easycomm.command, "");
 }
 
 TEST(EasyCommLink, StartAndStopDropTheEnables)

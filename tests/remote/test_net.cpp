@@ -60,11 +60,6 @@ TEST_F(Net, UnresolvableHostFailsBeforeAnySocket)
     EXPECT_EQ(next_descriptor(), before);
 }
 
-TEST_F(Net, UnknownProtocolFails)
-{
-    EXPECT_EQ(net_init_client("127.0.0.1", test_port_text(1).c_str(), "no-such-protocol"), -1);
-}
-
 TEST_F(Net, LocalhostResolvesByNameAndUdpIsNotListening)
 {
     int s = net_init_client("localhost", test_port_text(2).c_str(), "udp");
@@ -109,19 +104,6 @@ TEST_F(Net, CloseOfNoSocketDoesNothing)
     EXPECT_EQ(net_close(-1), 0);
 }
 
-TEST_F(Net, ReadGivesBytesAndMinusOneOnClose)
-{
-    int pair[2];
-    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, pair), 0);
-    ASSERT_EQ(net_write(pair[1], "p\n", 2), 2);
-    char buffer[8];
-    EXPECT_EQ(net_read(pair[0], buffer, sizeof buffer), 2);
-    EXPECT_EQ(memcmp(buffer, "p\n", 2), 0);
-    close(pair[1]);
-    EXPECT_EQ(net_read(pair[0], buffer, sizeof buffer), -1);
-    close(pair[0]);
-}
-
 TEST_F(Net, WriteToAGoneClientFailsWithoutASignal)
 {
     int pair[2];
@@ -129,39 +111,6 @@ TEST_F(Net, WriteToAGoneClientFailsWithoutASignal)
     close(pair[1]);
     EXPECT_LT(net_write(pair[0], "RPRT 0\n", 7), 0);
     close(pair[0]);
-}
-
-TEST_F(Net, DatagramRoundTripNamesTheSender)
-{
-    int s = net_init_client("127.0.0.1", test_port_text(4).c_str(), "udp");
-    int peer = peer_udp(0);
-    ASSERT_GE(s, 0);
-    ASSERT_GE(peer, 0);
-    peer_sendto(peer, test_port(4), "<PST>");
-    char buffer[16] = {0};
-    struct sockaddr_in from;
-    EXPECT_EQ(net_recvfrom(s, buffer, sizeof buffer - 1, &from), 5);
-    EXPECT_STREQ(buffer, "<PST>");
-    EXPECT_EQ(ntohs(from.sin_port), peer_local_port(peer));
-    EXPECT_EQ(net_sendto(s, "AZ:1.0\r", 7, &from), 7);
-    EXPECT_EQ(peer_receive(peer, 2000), "AZ:1.0\r");
-    peer_close(peer);
-    net_close(s);
-}
-
-TEST_F(Net, SelectSkipsNoSocketAndMarksTheReadyOnes)
-{
-    int pair[2];
-    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, pair), 0);
-    int sockets[4] = {-1, pair[0], pair[0], pair[1]};
-    uint32_t ready = 99;
-    EXPECT_EQ(net_select(sockets, 4, 1000, &ready), 0);
-    EXPECT_EQ(ready, 0u);
-    peer_send(pair[1], "x");
-    EXPECT_EQ(net_select(sockets, 4, 1000, &ready), 1) << "a socket given twice counts once";
-    EXPECT_EQ(ready, 2u | 4u);
-    close(pair[0]);
-    close(pair[1]);
 }
 
 TEST(NetHexdump, SixteenBytesMakeOneRowAndTheClosingLine)
@@ -200,14 +149,6 @@ TEST(NetHexdump, UnprintableBytesAreDotsAndTildeIsNot)
     char head[16], line[64];
     net_hexdump_row(0, bytes, 4, head, sizeof head, line, sizeof line);
     EXPECT_STREQ(line, "7F7E 1F20 0000 0000 0000 0000 0000 0000   .~. ............");
-}
-
-TEST(NetHexdump, NothingToDumpIsOneEmptyLine)
-{
-    LogCapture log;
-    net_hexdump(0, "", 0);
-    ASSERT_EQ(log.lines.size(), 1u);
-    EXPECT_EQ(log.lines[0], "");
 }
 
 // A list of interfaces as getifaddrs gives it, built by hand.
@@ -285,19 +226,3 @@ TEST(NetEthernet, NoWiredAdapterOrOnlyIpv6LeavesTheOutputAlone)
     EXPECT_NE(net_pick_ethernet_address(nullptr, "eth", address, sizeof address), 0);
 }
 
-TEST(NetEthernet, OtherHintIsTheStartOfAName)
-{
-    FakeInterfaces ifs({{"eth0", IFF_UP, AF_INET, "10.0.0.1"}, {"wlan0", IFF_UP, AF_INET, "10.0.0.9"}});
-    char address[32] = "";
-    EXPECT_EQ(net_pick_ethernet_address(ifs.list(), "wlan", address, sizeof address), 0);
-    EXPECT_STREQ(address, "10.0.0.9");
-    EXPECT_EQ(net_pick_ethernet_address(ifs.list(), "", address, sizeof address), -1) << "no hint, no adapter";
-}
-
-TEST(NetEthernet, AddressIsCutToItsBuffer)
-{
-    FakeInterfaces ifs({{"eth0", IFF_UP, AF_INET, "192.168.100.200"}});
-    char address[8];
-    EXPECT_EQ(net_pick_ethernet_address(ifs.list(), "eth", address, sizeof address), 0);
-    EXPECT_STREQ(address, "192.168");
-}

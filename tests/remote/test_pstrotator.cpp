@@ -124,14 +124,6 @@ TEST_F(PstProtocol, ModeTellsWhetherAutoIsOn)
     EXPECT_STREQ(a.text[0], "MODE:1\r");
 }
 
-TEST_F(PstProtocol, SeveralQueriesAnswerEachInOrder)
-{
-    PstAnswers a = handle("<PST><AZ?><EL?></PST>");
-    ASSERT_EQ(a.count, 2);
-    EXPECT_STREQ(a.text[0], "AZ:7.3\r");
-    EXPECT_STREQ(a.text[1], "EL:30.0\r");
-}
-
 TEST_F(PstProtocol, DatagramsThatAreNotServed)
 {
     static const char *const dropped[] = {
@@ -147,13 +139,6 @@ TEST_F(PstProtocol, DatagramsThatAreNotServed)
         EXPECT_EQ(a.count, 0) << datagram;
     }
     EXPECT_EQ(row26.az_tracking_enable, 0);
-}
-
-TEST_F(PstProtocol, UnreadableNumberIsZero)
-{
-    handle("<PST><AZIMUTH>abc</AZIMUTH></PST>");
-    EXPECT_DOUBLE_EQ(row26.az, 0.0);
-    EXPECT_EQ(row26.az_tracking_enable, 1);
 }
 
 // The client on two loopback ports, with PstRotator played by a UDP socket.
@@ -180,15 +165,6 @@ class PstSession : public ::testing::Test
     std::string rsp_port;
     int32_t socket[2] = {-1, -1};
 };
-
-TEST_F(PstSession, StartKeepsThePortsAndStopForgetsThem)
-{
-    EXPECT_EQ(pst_cmd_port, test_port(1));
-    EXPECT_EQ(pst_rsp_port, peer_local_port(rotator));
-    int32_t none = -1;
-    EXPECT_EQ(pst_start("999.1.2.3", "udp", "12000", "12001", &none), -1);
-    EXPECT_EQ(none, -1);
-}
 
 TEST_F(PstSession, AnswerGoesToTheSenderAtTheResponsePort)
 {
