@@ -285,6 +285,12 @@ int net_write(int socket, const char *data, int length)
     return (int)send(socket, data, (size_t)(length > 0 ? length : 0), MSG_NOSIGNAL);
 }
 
+void net_address_with_port(const struct sockaddr_in *peer, int port, struct sockaddr_in *address)
+{
+    *address = *peer;
+    address->sin_port = htons((uint16_t)port);
+}
+
 int net_sendto(int socket, const char *data, int length, const struct sockaddr_in *peer)
 {
     ssize_t n = sendto(socket, data, (size_t)(length > 0 ? length : 0), MSG_NOSIGNAL, (const struct sockaddr *)peer,

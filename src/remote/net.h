@@ -33,6 +33,8 @@ int net_recvfrom(int socket, char *buffer, int size, struct sockaddr_in *peer);
 // The whole reply in one send, so a client reading line by line never sees
 // half of it. The send's result.
 int net_write(int socket, const char *data, int length);
+// The same host at another port: where a datagram's answer goes.
+void net_address_with_port(const struct sockaddr_in *peer, int port, struct sockaddr_in *address);
 // Bytes sent, or -1.
 int net_sendto(int socket, const char *data, int length, const struct sockaddr_in *peer);
 

@@ -168,8 +168,9 @@ int pst_receive(int socket)
     {
         return 0;
     }
-    struct sockaddr_in reply_to = sender;
-    reply_to.sin_port = htons((uint16_t)pst_rsp_port);
+    // PstRotator listens for its answers on a port of its own.
+    struct sockaddr_in reply_to;
+    net_address_with_port(&sender, pst_rsp_port, &reply_to);
     qDebug("[PST] %s", datagram);
 
     PstAnswers answers;
