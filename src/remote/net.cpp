@@ -26,6 +26,21 @@ static void net_log(const char *format, ...)
     qDebug("%s", line);
 }
 
+// A trace line, built only when a developer has asked for them.
+__attribute__((format(printf, 1, 2))) static void net_trace(const char *format, ...)
+{
+    if (!net_debug)
+    {
+        return;
+    }
+    char line[256];
+    va_list args;
+    va_start(args, format);
+    vsnprintf(line, sizeof line, format, args);
+    va_end(args);
+    qDebug("%s", line);
+}
+
 int net_start(void)
 {
     return 0;
@@ -97,70 +112,55 @@ static void net_set_options(int s, int type)
     setsockopt(s, SOL_SOCKET, SO_RCVBUF, &buffer, sizeof buffer);
 }
 
-int net_init_client(const char *host, const char *service, const char *protocol)
+// The address and protocol number of a local end, with the trace of each
+// look-up. 0, or -1 when one of them fails.
+static int net_local_address(const char *host, const char *service, const char *protocol, struct sockaddr_in *address,
+                             int *protocol_number)
 {
-    if (net_debug)
+    memset(address, 0, sizeof *address);
+    address->sin_family = AF_INET;
+    address->sin_addr.s_addr = htonl(INADDR_ANY);
+    address->sin_port = net_service_port(service, protocol);
+    if (address->sin_port == 0)
     {
-        net_log("net_init_client: (%s %s %s)", host, service, protocol);
-    }
-    struct sockaddr_in address;
-    memset(&address, 0, sizeof address);
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_ANY);
-
-    address.sin_port = net_service_port(service, protocol);
-    if (address.sin_port == 0)
-    {
-        if (net_debug)
-        {
-            net_log("Could not get service (%s) by name", service);
-        }
+        net_trace("Could not get service (%s) by name", service);
         return -1;
     }
-    if (net_debug)
+    net_trace("Getting service (%s) by name... successful", service);
+    if (net_host_address(host, &address->sin_addr) != 0)
     {
-        net_log("Getting service (%s) by name... successful", service);
-    }
-    if (net_host_address(host, &address.sin_addr) != 0)
-    {
-        if (net_debug)
-        {
-            net_log("\nCould not get host (%s) by name\n", host);
-        }
+        net_trace("\nCould not get host (%s) by name\n", host);
         return -1;
     }
-    if (net_debug)
-    {
-        net_log("Mapping host (%s) to IP address...successful", host);
-    }
+    net_trace("Mapping host (%s) to IP address...successful", host);
     struct protoent *proto = getprotobyname(protocol);
     if (!proto)
     {
-        if (net_debug)
-        {
-            net_log("Could not get protocol (%s) by name", protocol);
-        }
+        net_trace("Could not get protocol (%s) by name", protocol);
         return -1;
     }
-    if (net_debug)
-    {
-        net_log("Mapping protocol (%s) to protocol number...successful", protocol);
-    }
+    net_trace("Mapping protocol (%s) to protocol number...successful", protocol);
+    *protocol_number = proto->p_proto;
+    return 0;
+}
 
+int net_init_client(const char *host, const char *service, const char *protocol)
+{
+    net_trace("net_init_client: (%s %s %s)", host, service, protocol);
+    struct sockaddr_in address;
+    int protocol_number;
+    if (net_local_address(host, service, protocol, &address, &protocol_number) != 0)
+    {
+        return -1;
+    }
     int type = net_socket_type(protocol);
-    int s = socket(AF_INET, type, proto->p_proto);
+    int s = socket(AF_INET, type, protocol_number);
     if (s < 0)
     {
-        if (net_debug)
-        {
-            net_log("Could not allocate socket");
-        }
+        net_trace("Could not allocate socket");
         return -1;
     }
-    if (net_debug)
-    {
-        net_log("Allocating socket...successful, socket=%d\n", s);
-    }
+    net_trace("Allocating socket...successful, socket=%d\n", s);
     net_set_options(s, type);
     if (type == SOCK_RAW)
     {
@@ -170,34 +170,22 @@ int net_init_client(const char *host, const char *service, const char *protocol)
     }
     if (bind(s, (struct sockaddr *)&address, sizeof address) != 0)
     {
-        if (net_debug)
-        {
-            net_log("Could not bind socket");
-        }
+        net_trace("Could not bind socket");
         close(s);
         return -1;
     }
-    if (net_debug)
-    {
-        net_log("Binding socket (%d) successful", s);
-    }
+    net_trace("Binding socket (%d) successful", s);
     if (type != SOCK_STREAM)
     {
         return s;
     }
     if (listen(s, 5) != 0)
     {
-        if (net_debug)
-        {
-            net_log("Could not listen on port (%d)", s);
-        }
+        net_trace("Could not listen on port (%d)", s);
         close(s);
         return -1;
     }
-    if (net_debug)
-    {
-        net_log("Listening on port (%d)...successful", s);
-    }
+    net_trace("Listening on port (%d)...successful", s);
     return s;
 }
 
