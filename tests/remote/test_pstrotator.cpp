@@ -169,6 +169,8 @@ class PstSession : public ::testing::Test
 TEST_F(PstSession, AnswerGoesToTheSenderAtTheResponsePort)
 {
     peer_sendto(rotator, test_port(0), "<PST><AZ?></PST>");
+    uint32_t ready = 0;
+    net_select(&socket[0], 1, 2000000, &ready);
     EXPECT_EQ(pst_poll(socket[0], socket[1]), 0);
     EXPECT_EQ(peer_receive(rotator, 2000), "AZ:181.2\r") << "one datagram, no terminating zero";
 }

@@ -212,6 +212,12 @@ class RemoteWindow : public ::testing::Test
                                }
                            });
     }
+    // Until the request is at the server's end of the session.
+    static void wait_request(void)
+    {
+        uint32_t ready = 0;
+        net_select(&remote_client[0], 1, 2000000, &ready);
+    }
     static void ticks(MainWindow &w, int count, std::function<bool()> done)
     {
         for (int i = 0; i < count && !done(); i++)
@@ -237,6 +243,7 @@ TEST_F(RemoteWindow, GPredictServiceRunsWithTheWindowAndEndsWithIt)
         ticks(w, 200, [] { return remote_client[0] >= 0; });
         ASSERT_GE(remote_client[0], 0);
         peer_send(client, "P 222.5 33.25\n");
+        wait_request();
         w.TimerEvent();
         EXPECT_EQ(peer_receive(client, 2000), "RPRT 0\n");
         EXPECT_DOUBLE_EQ(source_az, 222.5);
@@ -276,6 +283,7 @@ TEST_F(RemoteWindow, SourcesDialogDropsTheClientAndOpensTheServiceAnew)
     ASSERT_GE(second, 0) << "the listener is back on its port";
     ticks(w, 200, [] { return remote_client[0] >= 0; });
     peer_send(second, "p\n");
+    wait_request();
     w.TimerEvent();
     EXPECT_NE(peer_receive(second, 2000).find("RPRT 0"), std::string::npos);
     peer_close(second);

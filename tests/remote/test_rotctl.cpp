@@ -216,10 +216,17 @@ class RotctlSession : public ::testing::Test
         return c;
     }
     // Send a request and serve it: the reply as the client reads it.
+    // Serve the next request once it is at the server's end.
+    int serve(void)
+    {
+        uint32_t ready = 0;
+        net_select(&slot[0], 1, 2000000, &ready);
+        return rotctl_poll(listener, -1, &slot[0], &slot[1]);
+    }
     std::string ask(int client, const std::string &request)
     {
         peer_send(client, request);
-        rotctl_poll(listener, -1, &slot[0], &slot[1]);
+        serve();
         return peer_receive(client, 2000);
     }
     int listener = -1;
@@ -239,9 +246,9 @@ TEST_F(RotctlSession, IgnoredRequestKeepsTheSession)
 {
     int client = connect_client();
     peer_send(client, "\\dump_state\n");
-    EXPECT_EQ(rotctl_poll(listener, -1, &slot[0], &slot[1]), 0);
+    EXPECT_EQ(serve(), 0);
     peer_send(client, "Z\n");
-    EXPECT_EQ(rotctl_poll(listener, -1, &slot[0], &slot[1]), 0);
+    EXPECT_EQ(serve(), 0);
     EXPECT_GE(slot[0], 0);
     // The first bytes back belong to this p: nothing answered the two before.
     EXPECT_EQ(ask(client, "p\n"), "181.5000\n22.7500\nRPRT 0\n");
@@ -253,9 +260,9 @@ TEST_F(RotctlSession, RequestOverSixtyFourBytesIsReadInTwoParts)
     int client = connect_client();
     std::string first = "S" + std::string(63, ' ');
     peer_send(client, first + "p\n");
-    rotctl_poll(listener, -1, &slot[0], &slot[1]);
+    serve();
     EXPECT_EQ(peer_receive(client, 2000), "RPRT 0\n");
-    rotctl_poll(listener, -1, &slot[0], &slot[1]);
+    serve();
     EXPECT_EQ(peer_receive(client, 2000), "181.5000\n22.7500\nRPRT 0\n");
     peer_close(client);
 }
@@ -297,6 +304,8 @@ TEST_F(RotctlSession, SecondListenerFillsSlotOne)
     EXPECT_EQ(slot[0], -1);
     ASSERT_GE(slot[1], 0);
     peer_send(client, "P 77 7\n");
+    uint32_t ready = 0;
+    net_select(&slot[1], 1, 2000000, &ready);
     rotctl_poll(listener, listener1, &slot[0], &slot[1]);
     EXPECT_EQ(peer_receive(client, 2000), "RPRT 0\n");
     peer_close(client);
@@ -336,6 +345,8 @@ TEST_F(RotctlCycle, TargetIsHandedOverOnEveryTickWithASession)
     }
     ASSERT_GE(remote_client[0], 0);
     peer_send(client, "P 123.456 12.5\n");
+    uint32_t ready = 0;
+    net_select(&remote_client[0], 1, 2000000, &ready);
     tick();
     EXPECT_EQ(peer_receive(client, 2000), "RPRT 0\n");
     EXPECT_DOUBLE_EQ(source_az, 123.456);
