@@ -318,6 +318,8 @@ TEST_F(RemoteWindow, PstRotatorDatagramsAreServedByTheCycle)
         EXPECT_DOUBLE_EQ(source_az, 77.5);
         az_position = 76.04;
         peer_sendto(rotator, test_port(1), "<PST><AZ?></PST>");
+        uint32_t ready = 0;
+        net_select(&remote_socket[0], 1, 2000000, &ready);
         w.TimerEvent();
         EXPECT_EQ(peer_receive(rotator, 2000), "AZ:76.0\r");
     }
