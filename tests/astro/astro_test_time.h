@@ -1,13 +1,11 @@
 // Broken-down UTC instants for the astronomy tests.
 #pragma once
 
-#include <cstring>
 #include <ctime>
 
 inline struct tm astro_test_utc(int year, int month, int day, int hour, int minute, int second)
 {
-    struct tm tm;
-    memset(&tm, 0, sizeof tm);
+    struct tm tm = {};
     tm.tm_year = year - 1900;
     tm.tm_mon = month - 1;
     tm.tm_mday = day;

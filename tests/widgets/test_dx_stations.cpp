@@ -6,140 +6,68 @@
 #include <gtest/gtest.h>
 #include <string>
 
-class DxList : public ::testing::Test
+static std::string list_path(void)
 {
-  protected:
-    std::string path;
+    return std::string(test_home()) + "/DxStations.txt";
+}
 
-    void SetUp() override
+static void write_list(const std::string &text)
+{
+    FILE *f = fopen(list_path().c_str(), "w");
+    ASSERT_NE(nullptr, f);
+    fputs(text.c_str(), f);
+    fclose(f);
+}
+
+// What a list reads as: the count, and the call, locator and location of one
+// record. Fields are cut at their limits (12, 9, 64) and an overlong one runs
+// on into the next field; a line over 255 characters reads on as the next.
+TEST(DxList, ReadingRules)
+{
+    struct Row
     {
-        test_reset_state();
-        path = std::string(test_home()) + "/DxStations.txt";
-        remove(path.c_str());
-    }
-    void TearDown() override
+        std::string text;
+        int count, record;
+        const char *call, *locator, *location, *why;
+    };
+    const Row rows[] = {
+        {"K1JT,FN20qi,a,b,c,d,Princeton NJ,more,fields\n,,,,,,Europe,\n", 2, 0, "K1JT", "FN20qi", "Princeton NJ",
+         "columns 1, 2 and 7"},
+        {"K1JT,FN20qi,,,,,x,\n,,,,,,Europe,\n", 2, 1, "", "", "Europe", "a group header line"},
+        {"// the list\n\n/K2UYH,FN20qg,,,,,not read,\nW5UN,EM13qc,,,,,Dallas TX,\n\r\n", 1, 0, "W5UN", "EM13qc",
+         "Dallas TX", "comment and empty lines are passed over"},
+        {"W5UN,EM13qc,,,,,Dallas TX,\nZZZZZZ,,,,,,End,\nG3SEK,IO91in,,,,,Reading,\n", 1, 1, "", "", "",
+         "ZZZZZZ ends the list and does not count"},
+        {"ZZZZZZA,EM13qc,,,,,a,\nzzzzzz,EM13qc,,,,,b,\nZZZZZ,EM13qc,,,,,c,\nG3SEK,IO91in,,,,,d,\n", 4, 0, "ZZZZZZA",
+         "EM13qc", "a", "ZZZZZZ with more behind it, or in lower case, is a station"},
+        {"K1JT,FN20qi,,,\nW5UN,EM13qc\n", 2, 1, "W5UN", "EM13qc", "", "fewer than seven fields"},
+        {"W5UN,EM13qc,,,,,Dallas TX\n", 1, 0, "W5UN", "EM13qc", "Dallas TX\n", "no closing comma keeps the line end"},
+        {"ABCDEFGHIJKLMN,FN20qi,1,2,3,Place,\n", 1, 0, "ABCDEFGHIJKL", "MN", "Place", "an overlong call runs on"},
+        {"K1JT,FN20qiABCDEF,,,,,Princeton,\n", 1, 0, "K1JT", "FN20qiABC", "", "an overlong locator runs on"},
+        {"ABCDEFGHIJKL,FN20qi,,,,,Place,\n", 1, 0, "ABCDEFGHIJKL", "FN20qi", "Place", "fields at their limit"},
+        {"K1JT,FN20qi,,,,," + std::string(70, 'x') + ",\n", 1, 0, "K1JT", "FN20qi",
+         "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx", "the location is cut at 64"},
+        {"K1JT,FN20qi,,,,," + std::string(300, 'y') + "\n", 2, 1, "yyyyyyyyyyyy", nullptr, nullptr,
+         "a line over 255 characters"},
+    };
+    for (const Row &row : rows)
     {
-        remove(path.c_str());
+        SCOPED_TRACE(row.why);
+        write_list(row.text);
+        ASSERT_EQ(0, dx_station_load(list_path().c_str()));
+        EXPECT_EQ(row.count, dx_station_count);
+        const DxStationRecord &s = dx_station_table[row.record];
+        EXPECT_STREQ(row.call, s.call);
+        EXPECT_TRUE(!row.locator || strcmp(row.locator, s.locator) == 0) << s.locator;
+        EXPECT_TRUE(!row.location || strcmp(row.location, s.location) == 0) << s.location;
     }
-    void write(const std::string &text)
-    {
-        FILE *f = fopen(path.c_str(), "w");
-        ASSERT_NE(nullptr, f);
-        fputs(text.c_str(), f);
-        fclose(f);
-    }
-};
-
-TEST_F(DxList, CallLocatorAndLocationFromTheirColumns)
-{
-    write("K1JT,FN20qi,a,b,c,d,Princeton NJ,more,fields\n"
-          ",,,,,,Europe,\n");
-    ASSERT_EQ(0, dx_station_load(path.c_str()));
-    ASSERT_EQ(2, dx_station_count);
-    EXPECT_STREQ("K1JT", dx_station_table[0].call);
-    EXPECT_STREQ("FN20qi", dx_station_table[0].locator);
-    EXPECT_STREQ("Princeton NJ", dx_station_table[0].location);
-    EXPECT_STREQ("", dx_station_table[1].call);
-    EXPECT_STREQ("", dx_station_table[1].locator);
-    EXPECT_STREQ("Europe", dx_station_table[1].location);
 }
 
-TEST_F(DxList, CommentAndEmptyLinesArePassedOver)
+// Each load starts afresh: the thousand and first record is not read, and a
+// shorter list or a missing file leaves nothing of the last one behind.
+TEST(DxList, TableLimitAndReloads)
 {
-    write("// the list\n"
-          "\n"
-          "/K2UYH,FN20qg,,,,,not read,\n"
-          "W5UN,EM13qc,,,,,Dallas TX,\n"
-          "\r\n");
-    ASSERT_EQ(0, dx_station_load(path.c_str()));
-    ASSERT_EQ(1, dx_station_count);
-    EXPECT_STREQ("W5UN", dx_station_table[0].call);
-}
-
-TEST_F(DxList, ZzzzzzEndsTheListAndDoesNotCount)
-{
-    write("W5UN,EM13qc,,,,,Dallas TX,\n"
-          "ZZZZZZ,,,,,,End,\n"
-          "G3SEK,IO91in,,,,,Reading,\n");
-    ASSERT_EQ(0, dx_station_load(path.c_str()));
-    ASSERT_EQ(1, dx_station_count);
-    EXPECT_STREQ("", dx_station_table[1].call);
-}
-
-TEST_F(DxList, ZzzzzzWithMoreBehindItIsAStation)
-{
-    write("ZZZZZZA,EM13qc,,,,,Somewhere,\n"
-          "zzzzzz,EM13qc,,,,,Lower case,\n"
-          "ZZZZZ,EM13qc,,,,,Five,\n"
-          "G3SEK,IO91in,,,,,Reading,\n");
-    ASSERT_EQ(0, dx_station_load(path.c_str()));
-    ASSERT_EQ(4, dx_station_count);
-    EXPECT_STREQ("ZZZZZZA", dx_station_table[0].call);
-}
-
-TEST_F(DxList, FewerThanSevenFieldsGiveAnEmptyLocation)
-{
-    write("K1JT,FN20qi,,,\n"
-          "W5UN,EM13qc\n");
-    ASSERT_EQ(0, dx_station_load(path.c_str()));
-    ASSERT_EQ(2, dx_station_count);
-    EXPECT_STREQ("", dx_station_table[0].location);
-    EXPECT_STREQ("", dx_station_table[1].location);
-    EXPECT_STREQ("EM13qc", dx_station_table[1].locator);
-}
-
-TEST_F(DxList, LocationWithoutAClosingCommaKeepsTheLineEnd)
-{
-    write("W5UN,EM13qc,,,,,Dallas TX\n");
-    ASSERT_EQ(0, dx_station_load(path.c_str()));
-    EXPECT_STREQ("Dallas TX\n", dx_station_table[0].location);
-}
-
-TEST_F(DxList, OverlongFieldRunsOnIntoTheNext)
-{
-    // Twelve characters make the call; "MN" is then read as the locator, and
-    // the skipped fields take "FN20qi" and the next three.
-    write("ABCDEFGHIJKLMN,FN20qi,1,2,3,Place,\n"
-          "K1JT,FN20qiABCDEF,,,,,Princeton,\n");
-    ASSERT_EQ(0, dx_station_load(path.c_str()));
-    ASSERT_EQ(2, dx_station_count);
-    EXPECT_STREQ("ABCDEFGHIJKL", dx_station_table[0].call);
-    EXPECT_STREQ("MN", dx_station_table[0].locator);
-    EXPECT_STREQ("Place", dx_station_table[0].location);
-    EXPECT_STREQ("FN20qiABC", dx_station_table[1].locator);
-    EXPECT_STREQ("", dx_station_table[1].location);
-}
-
-TEST_F(DxList, FieldsOfExactlyTheirLimitKeepTheirComma)
-{
-    write("ABCDEFGHIJKL,FN20qi,,,,,Place,\n");
-    ASSERT_EQ(0, dx_station_load(path.c_str()));
-    EXPECT_STREQ("ABCDEFGHIJKL", dx_station_table[0].call);
-    EXPECT_STREQ("FN20qi", dx_station_table[0].locator);
-    EXPECT_STREQ("Place", dx_station_table[0].location);
-}
-
-TEST_F(DxList, LocationIsCutAtSixtyFourCharacters)
-{
-    std::string place(70, 'x');
-    write("K1JT,FN20qi,,,,," + place + ",\n");
-    ASSERT_EQ(0, dx_station_load(path.c_str()));
-    ASSERT_EQ(1, dx_station_count);
-    EXPECT_EQ(std::string(64, 'x'), dx_station_table[0].location);
-}
-
-TEST_F(DxList, ALineOverTwoHundredFiftyFiveCharactersReadsOnAsTheNext)
-{
-    std::string line = "K1JT,FN20qi,,,,," + std::string(300, 'y') + "\n";
-    write(line);
-    ASSERT_EQ(0, dx_station_load(path.c_str()));
-    ASSERT_EQ(2, dx_station_count);
-    EXPECT_STREQ("K1JT", dx_station_table[0].call);
-    EXPECT_STREQ("yyyyyyyyyyyy", dx_station_table[1].call);
-}
-
-TEST_F(DxList, TheThousandAndFirstRecordIsNotRead)
-{
+    test_reset_state();
     std::string text;
     char line[64];
     for (int i = 1; i <= DX_STATION_MAX + 1; i++)
@@ -147,34 +75,26 @@ TEST_F(DxList, TheThousandAndFirstRecordIsNotRead)
         snprintf(line, sizeof line, "C%d,JO62qm,,,,,Place %d,\n", i, i);
         text += line;
     }
-    write(text);
-    ASSERT_EQ(0, dx_station_load(path.c_str()));
+    write_list(text);
+    ASSERT_EQ(0, dx_station_load(list_path().c_str()));
     EXPECT_EQ(DX_STATION_MAX, dx_station_count);
     EXPECT_STREQ("C1000", dx_station_table[DX_STATION_MAX - 1].call);
-}
-
-TEST_F(DxList, EachLoadStartsAfreshAndAMissingFileIsEmpty)
-{
-    write("K1JT,FN20qi,,,,,Princeton,\nW5UN,EM13qc,,,,,Dallas,\n");
-    ASSERT_EQ(0, dx_station_load(path.c_str()));
-    ASSERT_EQ(2, dx_station_count);
-    write("G3SEK,IO91in,,,,,Reading,\n");
-    ASSERT_EQ(0, dx_station_load(path.c_str()));
+    write_list("G3SEK,IO91in,,,,,Reading,\n");
+    ASSERT_EQ(0, dx_station_load(list_path().c_str()));
     ASSERT_EQ(1, dx_station_count);
     EXPECT_STREQ("", dx_station_table[1].call);
-    remove(path.c_str());
-    EXPECT_EQ(-1, dx_station_load(path.c_str()));
+    remove(list_path().c_str());
+    EXPECT_EQ(-1, dx_station_load(list_path().c_str()));
     EXPECT_EQ(0, dx_station_count);
     EXPECT_STREQ("", dx_station_table[0].call);
 }
 
 // The example list shipped beside the program reads whole, with its groups.
-TEST_F(DxList, TheShippedListReads)
+TEST(DxList, TheShippedListReads)
 {
     const char *bin = getenv("MORVANE_BIN");
     ASSERT_NE(nullptr, bin);
-    std::string shipped = std::string(bin) + "/DxStations.txt";
-    ASSERT_EQ(0, dx_station_load(shipped.c_str()));
+    ASSERT_EQ(0, dx_station_load((std::string(bin) + "/DxStations.txt").c_str()));
     EXPECT_GE(dx_station_count, 10);
     int groups = 0;
     for (int i = 0; i < dx_station_count; i++)
