@@ -26,26 +26,41 @@ class EasyCommParse : public ::testing::Test
     }
 };
 
-TEST_F(EasyCommParse, BareLettersAreAQueryAndSetNothing)
+struct EasyCommRow
 {
-    EXPECT_EQ(parse("AZ"), EASYCOMM_AZ);
-    EXPECT_EQ(parse("EL"), EASYCOMM_EL);
-    EXPECT_EQ(row24.az_tracking_enable, 0);
-    EXPECT_EQ(row24.el_tracking_enable, 0);
-    EXPECT_STREQ(easycomm.reply, "");
-}
+    const char *word;
+    int code;
+    double az, el;
+    int az_enable, el_enable;
+    const char *reply;
+    const char *why;
+};
 
-TEST_F(EasyCommParse, PositionSetsTheRowAndEnablesItsAxisAlone)
+static const EasyCommRow easycomm_rows[] = {
+    {"AZ", EASYCOMM_AZ, 0.0, 0.0, 0, 0, "", "the bare letters are a query and set nothing"},
+    {"EL", EASYCOMM_EL, 0.0, 0.0, 0, 0, "", "the same for elevation"},
+    {"AZ180.0", EASYCOMM_AZ, 180.0, 0.0, 1, 0, "", "a position sets its axis alone and is not answered"},
+    {"EL45.5", EASYCOMM_EL, 0.0, 45.5, 0, 1, "", "the same for elevation"},
+    {"VE", EASYCOMM_VE, 0.0, 0.0, 0, 0, "002\r", "the version is answered at once"},
+    {"AZIMUTH10", EASYCOMM_AZ, 0.0, 0.0, 1, 0, "", "two letters match: the number text IMUTH10 reads as 0"},
+    {"MLx", 8, 0.0, 0.0, 0, 0, "", "a word of the table that does nothing here"},
+    {"az120", EASYCOMM_NONE, 0.0, 0.0, 0, 0, "", "lower case matches nothing"},
+    {"A", EASYCOMM_NONE, 0.0, 0.0, 0, 0, "", "one letter matches nothing"},
+    {"", EASYCOMM_NONE, 0.0, 0.0, 0, 0, "", "nothing matches nothing"},
+};
+
+TEST_F(EasyCommParse, Rows)
 {
-    EXPECT_EQ(parse("AZ180.0"), EASYCOMM_AZ);
-    EXPECT_DOUBLE_EQ(row24.az, 180.0);
-    EXPECT_DOUBLE_EQ(easycomm.az, 180.0);
-    EXPECT_EQ(row24.az_tracking_enable, 1);
-    EXPECT_EQ(row24.el_tracking_enable, 0);
-    EXPECT_EQ(parse("EL45.5"), EASYCOMM_EL);
-    EXPECT_DOUBLE_EQ(row24.el, 45.5);
-    EXPECT_EQ(row24.el_tracking_enable, 1);
-    EXPECT_STREQ(easycomm.reply, "") << "a set is not answered";
+    for (const EasyCommRow &row : easycomm_rows)
+    {
+        SetUp();
+        EXPECT_EQ(parse(row.word), row.code) << row.why;
+        EXPECT_DOUBLE_EQ(row24.az, row.az) << row.why;
+        EXPECT_DOUBLE_EQ(row24.el, row.el) << row.why;
+        EXPECT_EQ(row24.az_tracking_enable, row.az_enable) << row.why;
+        EXPECT_EQ(row24.el_tracking_enable, row.el_enable) << row.why;
+        EXPECT_STREQ(easycomm.reply, row.reply) << row.why;
+    }
 }
 
 TEST_F(EasyCommParse, StopWordsDropOneAxisEach)
@@ -61,31 +76,6 @@ TEST_F(EasyCommParse, StopWordsDropOneAxisEach)
     EXPECT_EQ(row24.az_tracking_enable, 0) << "a query does not bring the axis back";
     parse("AZ11");
     EXPECT_EQ(row24.az_tracking_enable, 1);
-}
-
-TEST_F(EasyCommParse, VersionIsAnsweredAtOnce)
-{
-    EXPECT_EQ(parse("VE"), EASYCOMM_VE);
-    EXPECT_STREQ(easycomm.reply, "002\r");
-}
-
-TEST_F(EasyCommParse, OnlyTheFirstTwoLettersAreMatched)
-{
-    EXPECT_EQ(parse("AZIMUTH10"), EASYCOMM_AZ);
-    EXPECT_DOUBLE_EQ(row24.az, 0.0);
-    EXPECT_EQ(row24.az_tracking_enable, 1);
-    EXPECT_EQ(parse("MLx"), 8);
-    EXPECT_EQ(parse("ST"), 19);
-}
-
-TEST_F(EasyCommParse, WordsOutsideTheTable)
-{
-    static const char *const unknown[] = {"az120", "el", "XX", "A", "", "Az1", "  "};
-    for (const char *word : unknown)
-    {
-        EXPECT_EQ(parse(word), EASYCOMM_NONE) << "'" << word << "'";
-    }
-    EXPECT_EQ(row24.az_tracking_enable, 0);
 }
 
 // The link on one end of a socat pair; the test plays the controller on the

@@ -225,4 +225,3 @@ TEST(NetEthernet, NoWiredAdapterOrOnlyIpv6LeavesTheOutputAlone)
     EXPECT_STREQ(address, "unchanged");
     EXPECT_NE(net_pick_ethernet_address(nullptr, "eth", address, sizeof address), 0);
 }
-

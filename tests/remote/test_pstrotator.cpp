@@ -76,69 +76,48 @@ class PstProtocol : public ::testing::Test
     }
 };
 
-TEST_F(PstProtocol, AzimuthAloneEnablesAzimuthAlone)
+struct PstRow
 {
-    PstAnswers a = handle("<PST><AZIMUTH>120.5</AZIMUTH></PST>");
-    EXPECT_EQ(a.count, 0);
-    EXPECT_DOUBLE_EQ(row26.az, 120.5);
-    EXPECT_EQ(row26.az_tracking_enable, 1);
-    EXPECT_EQ(row26.el_tracking_enable, 0);
-}
+    const char *datagram;
+    int auto_on;
+    const char *answer; // the one answer, or none
+    double az, el;
+    int az_enable, el_enable;
+    const char *why;
+};
 
-TEST_F(PstProtocol, ElevationAloneEnablesElevationAlone)
-{
-    handle("<PST><ELEVATION>33.3</ELEVATION></PST>");
-    EXPECT_DOUBLE_EQ(row26.el, 33.3);
-    EXPECT_EQ(row26.el_tracking_enable, 1);
-    EXPECT_EQ(row26.az_tracking_enable, 0);
-}
+// The antenna stands at 7.26 / 30.04 in every row.
+static const PstRow pst_rows[] = {
+    {"<PST><AZIMUTH>120.5</AZIMUTH></PST>", 0, nullptr, 120.5, 0.0, 1, 0, "azimuth alone enables azimuth alone"},
+    {"<PST><ELEVATION>33.3</ELEVATION></PST>", 0, nullptr, 0.0, 33.3, 0, 1, "elevation alone enables elevation alone"},
+    {"<PST><AZIMUTH>10</AZIMUTH><ELEVATION>20</ELEVATION></PST>", 0, nullptr, 10.0, 20.0, 1, 1, "both at once"},
+    {"<PST><AZ?></PST>", 0, "AZ:7.3\r", 0.0, 0.0, 0, 0, "a query answers one decimal and enables nothing"},
+    {"<PST>EL?</PST>", 0, "EL:30.0\r", 0.0, 0.0, 0, 0, "a query may stand without brackets"},
+    {"<PST><MODE?></PST>", 0, "MODE:0\r", 0.0, 0.0, 0, 0, "the mode is 0 without AUTO"},
+    {"<PST><MODE?></PST>", 1, "MODE:1\r", 0.0, 0.0, 0, 0, "and 1 with it"},
+    {"<XYZ><AZIMUTH>5</AZIMUTH></XYZ>", 0, nullptr, 0.0, 0.0, 0, 0, "not PstRotator's"},
+    {"<pst><AZ?></pst>", 0, nullptr, 0.0, 0.0, 0, 0, "the tag is matched exactly"},
+    {"<PST><AZ?>", 0, nullptr, 0.0, 0.0, 0, 0, "the last field is never served"},
+    {"<PST><AZIMUTH>", 0, nullptr, 0.0, 0.0, 0, 0, "a tag at the very end"},
+};
 
-TEST_F(PstProtocol, BothInOneDatagram)
+TEST_F(PstProtocol, Rows)
 {
-    handle("<PST><AZIMUTH>10</AZIMUTH><ELEVATION>20</ELEVATION></PST>");
-    EXPECT_DOUBLE_EQ(row26.az, 10.0);
-    EXPECT_DOUBLE_EQ(row26.el, 20.0);
-    EXPECT_EQ(row26.az_tracking_enable, 1);
-    EXPECT_EQ(row26.el_tracking_enable, 1);
-}
-
-TEST_F(PstProtocol, QueriesAnswerTheAntennaWithOneDecimalAndACarriageReturn)
-{
-    PstAnswers a = handle("<PST><AZ?></PST>");
-    ASSERT_EQ(a.count, 1);
-    EXPECT_STREQ(a.text[0], "AZ:7.3\r");
-    a = handle("<PST>EL?</PST>");
-    ASSERT_EQ(a.count, 1);
-    EXPECT_STREQ(a.text[0], "EL:30.0\r");
-    EXPECT_EQ(row26.az_tracking_enable, 0) << "a query enables nothing";
-    EXPECT_EQ(row26.el_tracking_enable, 0);
-}
-
-TEST_F(PstProtocol, ModeTellsWhetherAutoIsOn)
-{
-    PstAnswers a = handle("<PST><MODE?></PST>");
-    ASSERT_EQ(a.count, 1);
-    EXPECT_STREQ(a.text[0], "MODE:0\r");
-    auto_tracking = 1;
-    a = handle("<PST><MODE?></PST>");
-    EXPECT_STREQ(a.text[0], "MODE:1\r");
-}
-
-TEST_F(PstProtocol, DatagramsThatAreNotServed)
-{
-    static const char *const dropped[] = {
-        "<XYZ><AZIMUTH>5</AZIMUTH></XYZ>", // not PstRotator's
-        "<pst><AZ?></pst>",                // the tag is matched exactly
-        "<PST><AZ?>",                      // the last field is never served
-        "<PST>",                           // too short
-        "<PST><AZIMUTH>",                  // a tag at the very end
-    };
-    for (const char *datagram : dropped)
+    for (const PstRow &row : pst_rows)
     {
-        PstAnswers a = handle(datagram);
-        EXPECT_EQ(a.count, 0) << datagram;
+        SetUp();
+        auto_tracking = (uint8_t)row.auto_on;
+        PstAnswers a = handle(row.datagram);
+        ASSERT_EQ(a.count, row.answer ? 1 : 0) << row.why;
+        if (row.answer)
+        {
+            EXPECT_STREQ(a.text[0], row.answer) << row.why;
+        }
+        EXPECT_DOUBLE_EQ(row26.az, row.az) << row.why;
+        EXPECT_DOUBLE_EQ(row26.el, row.el) << row.why;
+        EXPECT_EQ(row26.az_tracking_enable, row.az_enable) << row.why;
+        EXPECT_EQ(row26.el_tracking_enable, row.el_enable) << row.why;
     }
-    EXPECT_EQ(row26.az_tracking_enable, 0);
 }
 
 // The client on two loopback ports, with PstRotator played by a UDP socket.

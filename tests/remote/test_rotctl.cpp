@@ -75,33 +75,46 @@ class RotctlProtocol : public ::testing::Test
     }
 };
 
-TEST_F(RotctlProtocol, PWithBothAnglesSetsAndEnablesBoth)
+struct RotctlRow
 {
-    std::string reply;
-    EXPECT_EQ(handle("P 120.5 45.25\n", &reply), 0);
-    EXPECT_EQ(reply, "RPRT 0\n");
-    EXPECT_DOUBLE_EQ(row25.az, 120.5);
-    EXPECT_DOUBLE_EQ(row25.el, 45.25);
-    EXPECT_EQ(row25.az_tracking_enable, 1);
-    EXPECT_EQ(row25.el_tracking_enable, 1);
-}
+    const char *before; // a request served first, or none
+    const char *request;
+    const char *reply;
+    double az, el;
+    int az_enable, el_enable;
+    const char *why;
+};
 
-TEST_F(RotctlProtocol, PWithAzimuthAloneEnablesAzimuthAlone)
-{
-    std::string reply;
-    EXPECT_EQ(handle("P 200\n", &reply), 0);
-    EXPECT_EQ(reply, "RPRT 0\n");
-    EXPECT_DOUBLE_EQ(row25.az, 200.0);
-    EXPECT_EQ(row25.az_tracking_enable, 1);
-    EXPECT_EQ(row25.el_tracking_enable, 0);
-}
+// The antenna stands at 33.25 / 12.5 in every row.
+static const RotctlRow rotctl_rows[] = {
+    {nullptr, "P 120.5 45.25\n", "RPRT 0\n", 120.5, 45.25, 1, 1, "P with both angles sets and enables both"},
+    {nullptr, "P 200\n", "RPRT 0\n", 200.0, 0.0, 1, 0, "P with azimuth alone enables azimuth alone"},
+    {"P 120 45\n", "p\n", "33.2500\n12.5000\nRPRT 0\n", 120.0, 45.0, 1, 1, "p tells the antenna, not the target"},
+    {"P 120 45\n", "S\n", "RPRT 0\n", 120.0, 45.0, 0, 0, "S clears both enables and keeps the target"},
+    {nullptr, "Position 10 20\n", "RPRT 0\n", 10.0, 20.0, 1, 1, "a word that begins with P acts as P"},
+    {nullptr, "p\np\n", "33.2500\n12.5000\nRPRT 0\n", 0.0, 0.0, 0, 0, "two requests in one read: one answer"},
+    {"P 120 45\n", "P 10 20\nS\n", "RPRT 0\n", 120.0, 45.0, 1, 1,
+     "two requests in one read make six fields, no P of two or three, and the S is never seen"},
+    {nullptr, "_\n", "RPRT Morvane v2.18\n", 0.0, 0.0, 0, 0, "the info names the protocol's version"},
+};
 
-TEST_F(RotctlProtocol, SmallPGivesTheAntennaNotTheTarget)
+TEST_F(RotctlProtocol, Rows)
 {
-    std::string reply;
-    handle("P 120 45\n", &reply);
-    EXPECT_EQ(handle("p\n", &reply), 0);
-    EXPECT_EQ(reply, "33.2500\n12.5000\nRPRT 0\n");
+    for (const RotctlRow &row : rotctl_rows)
+    {
+        SetUp();
+        std::string reply;
+        if (row.before)
+        {
+            handle(row.before, &reply);
+        }
+        EXPECT_EQ(handle(row.request, &reply), 0) << row.why;
+        EXPECT_EQ(reply, row.reply) << row.why;
+        EXPECT_DOUBLE_EQ(row25.az, row.az) << row.why;
+        EXPECT_DOUBLE_EQ(row25.el, row.el) << row.why;
+        EXPECT_EQ(row25.az_tracking_enable, row.az_enable) << row.why;
+        EXPECT_EQ(row25.el_tracking_enable, row.el_enable) << row.why;
+    }
 }
 
 TEST_F(RotctlProtocol, PositionIsInTheCFormWhateverTheDesktop)
@@ -114,17 +127,6 @@ TEST_F(RotctlProtocol, PositionIsInTheCFormWhateverTheDesktop)
     EXPECT_EQ(reply.substr(0, 9), "120.0000\n");
     handle("P 120.5 10.25\n", &reply);
     EXPECT_DOUBLE_EQ(row25.az, 120.5);
-}
-
-TEST_F(RotctlProtocol, StopClearsBothEnables)
-{
-    std::string reply;
-    handle("P 120 45\n", &reply);
-    EXPECT_EQ(handle("S\n", &reply), 0);
-    EXPECT_EQ(reply, "RPRT 0\n");
-    EXPECT_EQ(row25.az_tracking_enable, 0);
-    EXPECT_EQ(row25.el_tracking_enable, 0);
-    EXPECT_DOUBLE_EQ(row25.az, 120.0) << "the last target stays";
 }
 
 TEST_F(RotctlProtocol, LongFormsAndUnknownLettersGetNoReply)
@@ -150,35 +152,6 @@ TEST_F(RotctlProtocol, EveryOtherLetterAnswersPlainSuccess)
         EXPECT_EQ(handle(request, &reply), 0) << *l;
         EXPECT_EQ(reply, "RPRT 0\n") << *l;
     }
-}
-
-TEST_F(RotctlProtocol, InfoNamesTheProtocolVersion)
-{
-    std::string reply;
-    EXPECT_EQ(handle("_\n", &reply), 0);
-    EXPECT_EQ(reply, "RPRT Morvane v2.18\n");
-}
-
-TEST_F(RotctlProtocol, WordBeginningWithPActsAsP)
-{
-    std::string reply;
-    EXPECT_EQ(handle("Position 10 20\n", &reply), 0);
-    EXPECT_DOUBLE_EQ(row25.az, 10.0);
-    EXPECT_DOUBLE_EQ(row25.el, 20.0);
-}
-
-TEST_F(RotctlProtocol, TwoRequestsInOneReadServeTheFirstLetterOnce)
-{
-    std::string reply;
-    EXPECT_EQ(handle("p\np\n", &reply), 0);
-    EXPECT_EQ(reply, "33.2500\n12.5000\nRPRT 0\n");
-    // The six fields of two P requests are no P of two or three fields, and
-    // the S behind a P is never seen.
-    handle("P 120 45\n", &reply);
-    EXPECT_EQ(handle("P 10 20\nS\n", &reply), 0);
-    EXPECT_EQ(reply, "RPRT 0\n");
-    EXPECT_DOUBLE_EQ(row25.az, 120.0);
-    EXPECT_EQ(row25.az_tracking_enable, 1);
 }
 
 // The server on the loopback, with a client of our own.
