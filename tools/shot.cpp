@@ -14,6 +14,7 @@
 #include "core/antenna_dialog.h"
 #include "core/mainwindow.h"
 #include "core/state.h"
+#include "remote/easycomm_dialog.h"
 #include "rig/rig_dialog.h"
 
 #include "core/app.h"
@@ -180,6 +181,9 @@ int main(int argc, char *argv[])
 
         RigControlDialog rig(&window);
         status |= shot_dialog(&rig, out, "rig_control");
+
+        EasyCommDialog easycomm_dialog(&window);
+        status |= shot_dialog(&easycomm_dialog, out, "easycomm");
 
         AntennaDialog antenna(&window);
         status |= shot_dialog(&antenna, out, "antenna");

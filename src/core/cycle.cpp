@@ -1,6 +1,7 @@
 #include "core/cycle.h"
 
 #include "core/state.h"
+#include "remote/easycomm.h"
 
 // A group's counter gains one tick and fires when it passes the threshold; the
 // strict comparison makes the period one tick longer than the threshold.
@@ -19,6 +20,7 @@ CycleConditions cycle_conditions_now(void)
 {
     CycleConditions c = {};
     c.remote_switches = settings.RemoteSwitches;
+    c.easycomm_active = easycomm.active;
     c.rotctl_running = settings.GpredictActive && gpredict_running;
     c.pst_running = settings.PstActive && pstrotator_running;
     return c;

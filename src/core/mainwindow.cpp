@@ -14,6 +14,11 @@
 #include "core/position_group.h"
 #include "core/settings.h"
 #include "core/state.h"
+#include "remote/easycomm.h"
+#include "remote/easycomm_dialog.h"
+#include "remote/pstrotator.h"
+#include "remote/remote_services.h"
+#include "remote/rotctl.h"
 #include "rig/doppler.h"
 #include "rig/rig_dialog.h"
 #include "ui_mainwindow.h"
@@ -46,6 +51,21 @@ static void cycle_run_frequency(void *, int)
     doppler_frequency_group();
 }
 
+static void cycle_run_easycomm(void *, int)
+{
+    easycomm_cycle_step();
+}
+
+static void cycle_run_rotctl(void *, int)
+{
+    rotctl_cycle_step();
+}
+
+static void cycle_run_pstrotator(void *, int)
+{
+    pst_cycle_step();
+}
+
 static void cycle_run_panel_page(void *window, int)
 {
     static_cast<MainWindow *>(window)->PanelPageGroup();
@@ -72,6 +92,7 @@ MainWindow::MainWindow(int instance, QWidget *parent)
     connectButtons();
 
     LoadSettings(ini_file_name, &settings);
+    easycomm_load_settings(ini_file_name, &easycomm);
 
     // Rig control always starts off; the operator switches it on with the rig button.
     settings.OmniRigActive = 0;
@@ -108,6 +129,10 @@ MainWindow::~MainWindow()
     sei_sleep(SEI_BROADCAST);
     sei_close();
     SaveSettings(ini_file_name, &settings);
+    // Every link closes with the window: a listener left open would keep its
+    // port from the next window of this process, and the serial line from
+    // the next program.
+    remote_shutdown();
     panel_unregister_all();
     delete ui;
 }
@@ -260,6 +285,7 @@ void MainWindow::createMenus(void)
     connect(configure->addAction(tr("HomeStation")), &QAction::triggered, this, &MainWindow::HomeStation);
     connect(configure->addAction(tr("Sources")), &QAction::triggered, this, &MainWindow::SourcesDisplay);
     connect(configure->addAction(tr("Dx Station")), &QAction::triggered, this, &MainWindow::DxStation);
+    connect(configure->addAction(tr("EasyComm")), &QAction::triggered, this, &MainWindow::EasyComm);
     connect(configure->addAction(tr("Rig Control")), &QAction::triggered, this, &MainWindow::RigControl);
     QMenu *tracking = menu_bar->addMenu(tr("Tracking"));
     tracking->setStyleSheet(panel_style_text(STYLE_MENU));
@@ -273,9 +299,12 @@ void MainWindow::UpdateDisplay(void)
     panel_update_display();
 }
 
+// A remote source stops the antenna and opens its link; nothing moves until
+// AUTO is pressed and a first valid position has come over the link.
 void MainWindow::SetupTrackingSource(void)
 {
     panel_setup_tracking_source();
+    remote_start(settings.TrackingSource);
 }
 
 void MainWindow::SendPskSelfReport(void)
@@ -289,7 +318,10 @@ void MainWindow::TimerEvent(void)
     actions.run[CYCLE_DISPLAY] = cycle_run_display;
     actions.run[CYCLE_POSITION] = cycle_run_position;
     actions.run[CYCLE_ADC] = cycle_run_adc;
+    actions.run[CYCLE_EASYCOMM] = cycle_run_easycomm;
     actions.run[CYCLE_FREQUENCY] = cycle_run_frequency;
+    actions.run[CYCLE_ROTCTL] = cycle_run_rotctl;
+    actions.run[CYCLE_PSTROTATOR] = cycle_run_pstrotator;
     actions.run[CYCLE_PANEL_PAGE] = cycle_run_panel_page;
     CycleConditions conditions = cycle_conditions_now();
     cycle_tick(&actions, &conditions);
@@ -335,6 +367,21 @@ void MainWindow::MenuButtonPressed(void)
     delete menu_bar;
     menu_bar = nullptr;
     menu_shown = 0;
+}
+
+// The port settings count from the link's next start; the antenna stops, as
+// for any change of the remote source.
+void MainWindow::EasyComm(void)
+{
+    EasyCommDialog dialog(this);
+    if (dialog.exec() != QDialog::Accepted)
+    {
+        return;
+    }
+    auto_tracking = 0;
+    panel_style(PANEL_AUTO, STYLE_GRAY);
+    park_control(0);
+    easycomm_save_settings(ini_file_name, &easycomm);
 }
 
 // The cycle stands still while the home station is edited: the Doppler,
@@ -430,6 +477,10 @@ void MainWindow::SourceButtonPressed(void)
         UpdateDisplay();
     }
     source_changed = 1;
+    // Every pass through the table closes the remote links, a cancelled one
+    // too, and the selected source's link opens anew: a connected client is
+    // dropped even when its source stays selected.
+    remote_stop();
     SetupTrackingSource();
 }
 
@@ -498,7 +549,6 @@ void MainWindow::ElCalibrateButtonPressed(void)
     panel_el_calibrate_pressed();
 }
 
-// The slots below belong to the rig; each is filled in as it joins the panel.
 void MainWindow::TxButtonPressed(void)
 {
     doppler_tx_pressed();

@@ -82,6 +82,7 @@ class MainWindow : public QMainWindow
     void HomeStation(void);
     void SourcesDisplay(void);
     void DxStation(void);
+    void EasyComm(void);
     void RigControl(void);
     void Antenna(void);
     void About(void);

@@ -8,6 +8,7 @@
 #include "core/panel_seam.h"
 #include "core/settings.h"
 #include "core/state.h"
+#include "remote/remote_services.h"
 #include "rig/rig_engine.h"
 #include "rig/rig_loader.h"
 
@@ -36,6 +37,10 @@ void test_reset_state(void)
     position_reset();
     rig_reset();
     rig_files_set_folder(nullptr);
+    remote_reset();
+    // A test never opens a listener on the wired adapter: everything stays on
+    // the loopback.
+    remote_adapter_hint[0] = 0;
     drive_set_bus(nullptr);
 }
 
