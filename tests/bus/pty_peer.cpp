@@ -36,13 +36,9 @@ int pty_peer_open(PtyPeer *peer)
 
 void pty_peer_close(PtyPeer *peer)
 {
-    for (int fd : {peer->slave_keep, peer->master})
-    {
-        if (fd >= 0)
-        {
-            close(fd);
-        }
-    }
+    // A closed or never opened end is -1, which close refuses harmlessly.
+    close(peer->slave_keep);
+    close(peer->master);
     peer->master = peer->slave_keep = -1;
 }
 

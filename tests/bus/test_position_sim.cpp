@@ -20,24 +20,6 @@ TEST_F(SimBus, SeiEncodersReadTheMountWithOneSetUpAndOnePositionFramePerAxis)
     EXPECT_EQ(1, frames_seen("> F1 0B"));
     EXPECT_EQ(3, frames_seen("> 10"));
     EXPECT_EQ(3, frames_seen("> 11"));
-    az_changed = el_changed = 0;
-    control("set az 181");
-    ReadPosition();
-    EXPECT_EQ(1, az_changed);
-    EXPECT_EQ(0, el_changed);
-}
-
-TEST_F(SimBus, ModesAreFetchedAtSetUpAndAZeroResolutionDoesNotStopThePass)
-{
-    control("mode 0 0x14");
-    control("set az 90");
-    control("set el 30");
-    sim->station.encoders[1].resolution = 0;
-    EXPECT_EQ(0, ReadPosition());
-    EXPECT_EQ(0x14, az_mode);
-    EXPECT_EQ(1024u, az_range);
-    EXPECT_DOUBLE_EQ(90.0, az_position);
-    EXPECT_DOUBLE_EQ(30.0, el_position);
 }
 
 TEST_F(SimBus, BrtEncodersAreScaledAndADisconnectedOneFailsLikeASilentDevice)
@@ -95,40 +77,6 @@ TEST_F(SimBus, SetUpIsRepeatedOnlyWhileItFailsAndElevationSetUpRunsDespiteTheCar
     ReadPosition();
     EXPECT_EQ(3, frames_seen("> F0 09"));
     EXPECT_EQ(1, az_read_status);
-}
-
-TEST_F(SimBus, ShortAndLateRepliesAreReadErrors)
-{
-    control("mode 1 4");
-    ReadPosition();
-    control("short 1 on");
-    control("set el 50");
-    EXPECT_EQ(1, ReadPosition());
-    EXPECT_EQ(1, el_read_status);
-    EXPECT_DOUBLE_EQ(45.0, el_position);
-    control("short 1 off");
-    control("late 0 400");
-    EXPECT_EQ(1, ReadPosition());
-    EXPECT_EQ(1, az_read_status);
-}
-
-TEST_F(SimBus, AnalogueSamplesComeThroughTheModuleFirstUnsmoothed)
-{
-    settings.ads1115_present = 1;
-    settings.ADC_Active[0] = 1;
-    settings.ADC_Maximum[0] = 3.3;
-    settings.ADC_Range[0] = 360.0;
-    settings.AZ_Addr = -1;
-    control("adc 0 1.65");
-    adc_group();
-    EXPECT_DOUBLE_EQ(338 * 0.0048828125, adc_volts[0]);
-    EXPECT_EQ(5, frames_seen("> F0 34 00"));
-    EXPECT_EQ(0, frames_seen("> F0 34 01"));
-    control("adc 0 3.3");
-    adc_group();
-    EXPECT_DOUBLE_EQ(0.4 * 676 * 0.0048828125 + 0.6 * 338 * 0.0048828125, adc_volts[0]);
-    EXPECT_EQ(0, ReadPosition());
-    EXPECT_NEAR(adc_volts[0] / 3.3 * 360.0, az_position, 1e-9);
 }
 
 TEST_F(SimBus, DevicesFindTheNextFrameAfterNoise)

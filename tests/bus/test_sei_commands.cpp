@@ -37,7 +37,7 @@ TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
     EncoderFactoryInfo info = {};
     uint16_t adc = 0, resolution = 1234, reg = 0;
     int16_t temperature = 0;
-    uint32_t small = 0, wide = 0, ppr = 0, brt = 1, brt_fault = 1;
+    uint32_t small = 0, ppr = 0, brt = 1, brt_fault = 1;
     encoders[2].PPR = 4096;
     encoders[2].Resolution = 36000;
     char twenty[21];
@@ -54,8 +54,6 @@ TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
     };
     const Row rows[] = {
         {{0x2A}, [&] { return sei_read_position(0, 0x00, &small); }, 0, {0x10}},
-        {{0x00, 0x01, 0x86, 0xA0}, [&] { return sei_read_position(4, MODE_32BIT, &wide); }, 0, {0x14}},
-        {{0x00, 0x01, 0x86}, [&] { return sei_read_position(4, MODE_32BIT, &wide); }, 1, {0x14}},
         {{0x34, 0x12, 0x00}, [&] { return sei_read_adc(0, 2, &adc, &status); }, 0, {0xF0, 0x34, 0x02}},
         {{0xFF, 0xF6, 0x00}, [&] { return sei_read_thermometer(5, &temperature, &status); }, 0, {0xF5, 0x19}},
         {{0x00, 0x00, 0x10, 0x00, 0x01, 0x00}, [&] { return sei_read_ppr(1, &ppr, &level, &status); }, 0, {0xF1, 0x2A}},
@@ -97,7 +95,6 @@ TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
         n++;
     }
     EXPECT_EQ(42u, small);
-    EXPECT_EQ(100000u, wide); // three of four bytes kept the last result
     EXPECT_EQ(0x1234, adc);   // least significant byte first
     EXPECT_EQ(-10, temperature);
     EXPECT_EQ(4096u, ppr);

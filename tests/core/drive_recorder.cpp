@@ -3,6 +3,7 @@
 #include "core/clock.h"
 #include "core/drive.h"
 #include "core/panel_seam.h"
+#include "core/settings.h"
 #include "core/state.h"
 
 #include <cstdio>
@@ -45,26 +46,10 @@ void drive_record_start(void)
 
 void drive_test_settings(void)
 {
-    SystemSettings &s = settings;
-    s.AZ_Addr = 1;
-    s.EL_Addr = 2;
-    s.Park_Azimuth = 180;
-    s.Park_Elevation = 90;
-    s.Azimuth_Start = s.Elevation_Start = 1.0;
-    s.Azimuth_Stop = s.Elevation_Stop = 0.2;
-    s.AzimuthLimitMin = 0;
-    s.AzimuthLimitMax = 360;
-    s.ElevationLimitMin = 0;
-    s.ElevationLimitMax = 90;
-    s.AzimuthPwmActive = s.ElevationPwmActive = 1;
-    s.AzimuthSlowDutyCycle = s.ElevationSlowDutyCycle = 25;
-    s.AzimuthFastDutyCycle = s.ElevationFastDutyCycle = 100;
-    s.AzimuthManualDutyCycle = s.ElevationManualDutyCycle = 50;
-    s.AzimuthGuardTime = s.ElevationGuardTime = 2.0;
-    s.AzimuthSlowDegrees = s.ElevationSlowDegrees = 10;
-    s.AzimuthJogEnable = s.ElevationJogEnable = 0;
-    s.AzimuthJogTime = s.ElevationJogTime = 1;
-    s.az_brake_delay = s.el_brake_delay = 1000;
+    // The documented defaults, read as a first run reads them: from no file.
+    LoadSettings("drive-test-defaults.ini", &settings);
+    settings.AZ_Addr = 1;
+    settings.EL_Addr = 2;
     az_read_status = el_read_status = 0;
 }
 

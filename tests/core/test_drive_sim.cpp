@@ -89,56 +89,6 @@ TEST_F(DriveSimTest, SettlesInsideTheHysteresisFromThreeStartsWithoutHunting)
     }
 }
 
-TEST_F(DriveSimTest, JogPulsesCloseASmallErrorWithoutAGuardBetweenThem)
-{
-    settings.AzimuthJogEnable = 1;
-    settings.AzimuthJogTime = 100;
-    track(195, 30, 200, 30);
-    run_seconds(10);
-    // 2 degrees a second at full duty: a tenth of a second moves 0.2 degrees,
-    // so 4 degrees take about 20 pulses, one per position cycle.
-    EXPECT_LT(std::fabs(sim.station.mount.az - 200), settings.Azimuth_Start);
-    EXPECT_GE(sim.az_starts, 18);
-    EXPECT_LE(sim.az_starts, 22);
-    EXPECT_EQ(az_guard_ms, 0);
-}
-
-TEST_F(DriveSimTest, ParkDrivesTheMountThereAndEndsByItself)
-{
-    track(120, 20, 120, 20); // PARK ends AUTO
-    settings.Park_Azimuth = 150;
-    settings.Park_Elevation = 60;
-    drive_park_pressed();
-    run_seconds(120);
-    EXPECT_EQ(park_active, 0);
-    EXPECT_NEAR(sim.station.mount.az, 150, 0.3);
-    EXPECT_NEAR(sim.station.mount.el, 60, 0.3);
-    EXPECT_EQ(outputs_on(), 0);
-}
-
-TEST_F(DriveSimTest, SouthernStationDrivesLeftThroughNorth)
-{
-    settings.AzimuthLimitMin = 270;
-    settings.AzimuthLimitMax = 90;
-    track(10, 30, 355, 30);
-    run_seconds(60);
-    // The mount's own scale runs past north: 355 is -5 on it.
-    EXPECT_NEAR(sim.station.mount.az, -5, 0.3);
-    EXPECT_LE(sim.az_starts, 2);
-}
-
-TEST_F(DriveSimTest, ManualMoveStopsAtTheLimit)
-{
-    track(5, 30, 5, 30);
-    drive_auto_pressed();
-    az_manual = 1;
-    drive_left_pressed();
-    run_seconds(10);
-    EXPECT_EQ(az_direction, DIR_STOPPED);
-    EXPECT_NEAR(sim.station.mount.az, 0, 0.25) << "cut at the first position cycle on the limit";
-    EXPECT_EQ(outputs_on(), 0);
-}
-
 TEST_F(DriveSimTest, FailedReadHoldsOneAxisWhileTheOtherTracks)
 {
     track(100, 10, 200, 60);

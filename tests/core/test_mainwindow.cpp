@@ -51,6 +51,18 @@ TEST_F(Window, RigControlIsOffAfterEveryStart)
     EXPECT_EQ(0, settings.OmniRigActive);
 }
 
+// Wiring only: the drive's own tests hold its rules.
+TEST_F(Window, DriveButtonsReachTheDrive)
+{
+    MainWindow w(0);
+    w.timer->stop();
+    emit w.ui->autoButton->pressed();
+    EXPECT_EQ(1, auto_tracking);
+    emit w.ui->AzManualButton->pressed();
+    emit w.ui->leftButton->pressed();
+    EXPECT_EQ(DIR_LEFT, az_direction);
+}
+
 TEST_F(Window, NumbersUseTheCFormOnAGermanDesktop)
 {
     // ctest runs this program with LC_ALL=de_DE.UTF-8; Qt took that locale

@@ -53,27 +53,6 @@ TEST_F(RigDialog, ListsRigFilesWithTheirSizesAndAClickedCellBecomesTheFile)
     EXPECT_STREQ(settings.OmniRigFilename, "1234");
 }
 
-TEST_F(RigDialog, ControlsWriteTheSettings)
-{
-    settings.BaudRate = 3;
-    settings.DataBits = 1;
-    settings.Parity = 2;
-    text_copy(settings.PortName, sizeof settings.PortName, "/dev/ttyUSB7");
-    RigControlDialog dialog;
-    EXPECT_EQ(dialog.ui->BaudComboBox->currentText(), "9600");
-    EXPECT_EQ(dialog.ui->ParityComboBox->currentText(), "Even");
-    // A port that is not plugged in now keeps its place in the list.
-    EXPECT_EQ(dialog.ui->PortComboBox->currentText(), "/dev/ttyUSB7");
-    EXPECT_EQ(settings.Port, dialog.ui->PortComboBox->currentIndex());
-
-    dialog.ui->BaudComboBox->setCurrentIndex(4);
-    dialog.ui->StopBitsComboBox->setCurrentIndex(2);
-    dialog.ui->DebugButton->click();
-    EXPECT_EQ(settings.BaudRate, 4); // 14400 is stored; the link opens it at 9600
-    EXPECT_EQ(settings.StopBits, 2);
-    EXPECT_EQ(settings.OmniRigDebug, 1);
-}
-
 TEST_F(RigDialog, AcceptedPutsTheFileOnTheRigButton)
 {
     text_copy(settings.OmniRigFilename, sizeof settings.OmniRigFilename, "IC-9700.ini");

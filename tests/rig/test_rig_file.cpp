@@ -50,11 +50,3 @@ TEST(RigFile, ValuesSectionsCommentsAndEncodings)
         EXPECT_EQ(value_of(row.text, row.section, row.key), row.want) << row.why;
     }
 }
-
-TEST(RigFile, MissingFileIsEmpty)
-{
-    RigFile file;
-    file.entries.push_back(RigFileEntry{"x", "y", "z"});
-    EXPECT_EQ(rig_file_read("/nonexistent/rig.ini", &file), 0);
-    EXPECT_TRUE(file.entries.empty());
-}

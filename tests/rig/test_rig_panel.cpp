@@ -19,12 +19,8 @@ TEST(RigPanel, ButtonsCycleAndMenuReachTheRig)
     emit window.ui->TxDopplerButton->pressed();
     EXPECT_EQ(vfo_doppler_mode, 1);
     EXPECT_EQ(window.ui->TxDopplerButton->styleSheet().toStdString(), panel_style_text(STYLE_DARKGREEN));
-    emit window.ui->RxDopplerButton->pressed();
-    EXPECT_EQ(vfo_doppler_mode, 2);
     emit window.ui->OmniRigButton->pressed();
     EXPECT_EQ(window.ui->statusBar->currentMessage(), "OmniRig is inactive");
-    emit window.ui->DxStationButton->pressed();
-    EXPECT_EQ(window.ui->statusBar->currentMessage(), "Doppler Control is OFF");
 
     settings.Frequency = 432.065;
     window.TimerEvent();

@@ -42,16 +42,6 @@ TEST(RigSurvey, OwnAndPublishedFiles)
     }
 }
 
-TEST(RigSurvey, StatusBehindAGapIsNotCounted)
-{
-    test_reset_state();
-    rig_load_path(rig_test_write("gap.ini", "[STATUS1]\nCommand=(FB;)\nReplyEnd=(;)\n"
-                                            "[STATUS3]\nCommand=(FA;)\nReplyEnd=(;)\nValue1=2|11|vfText|1|0|pmFreqA\n")
-                      .c_str(),
-                  0);
-    EXPECT_EQ(rig_survey_reads(pmFreqA), 0);
-}
-
 TEST(RigTool, FollowsAgainstTheSimulatorUntilTerminated)
 {
     const char *bin = getenv("MORVANE_BIN");

@@ -59,19 +59,6 @@ TEST_F(RigsimCiv, FiveBcdBytesLowestFirstForSelectedAndUnselectedVfo)
     EXPECT_EQ(radio.vfo[1], 432000000); // into the VFO in use
 }
 
-TEST_F(RigsimCiv, StreamFindsFramesInNoise)
-{
-    RigsimCivStream stream = {};
-    Bytes line = {0x11, 0xFE, 0x22, 0xFE, 0xFE, 0xA2, 0xE0, 0xFE, 0xFE, 0xA2, 0xE0, 0x03, 0xFD};
-    int done = 0;
-    for (uint8_t b : line)
-    {
-        done = rigsim_civ_feed(&stream, b);
-    }
-    EXPECT_EQ(done, 6);
-    EXPECT_EQ(Bytes(stream.frame, stream.frame + 6), (Bytes{0xFE, 0xFE, 0xA2, 0xE0, 0x03, 0xFD}));
-}
-
 TEST(RigsimCat, FrequencyReadSetAndStatus)
 {
     RigsimRadio radio;
@@ -90,20 +77,6 @@ TEST(RigsimCat, FrequencyReadSetAndStatus)
     EXPECT_EQ(status.substr(0, 13), "IF00144100000");
     // Transmitting, CW, VFO A, split, by the published field positions.
     EXPECT_EQ((std::string{status[28], status[29], status[30], status[32], status[37]}), "1301;");
-}
-
-TEST(RigsimCat, StreamSplitsAtSemicolons)
-{
-    RigsimCatStream stream = {};
-    std::vector<std::string> commands;
-    for (char c : std::string("FR0;\r\nFT1;"))
-    {
-        if (rigsim_cat_feed(&stream, c))
-        {
-            commands.push_back(stream.command);
-        }
-    }
-    EXPECT_EQ(commands, (std::vector<std::string>{"FR0;", "FT1;"}));
 }
 
 TEST(RigsimRadio, FaultsAndTheDial)
