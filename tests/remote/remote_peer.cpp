@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QtGlobal>
+#include <algorithm>
 #include <arpa/inet.h>
 #include <cstring>
 #include <netinet/in.h>
@@ -30,41 +31,29 @@ static struct sockaddr_in peer_loopback(int port)
     return address;
 }
 
-int peer_connect(int port)
+// A socket of the type, connected to the port or bound to it.
+static int peer_socket(int type, int port)
 {
-    int s = socket(AF_INET, SOCK_STREAM, 0);
+    int s = socket(AF_INET, type, 0);
     struct sockaddr_in address = peer_loopback(port);
-    if (s >= 0 && connect(s, (struct sockaddr *)&address, sizeof address) != 0)
+    int done = type == SOCK_STREAM ? connect(s, (struct sockaddr *)&address, sizeof address)
+                                   : bind(s, (struct sockaddr *)&address, sizeof address);
+    if (s >= 0 && done != 0)
     {
         close(s);
         return -1;
     }
     return s;
+}
+
+int peer_connect(int port)
+{
+    return peer_socket(SOCK_STREAM, port);
 }
 
 int peer_udp(int port)
 {
-    int s = socket(AF_INET, SOCK_DGRAM, 0);
-    struct sockaddr_in address = peer_loopback(port);
-    int on = 1;
-    setsockopt(s, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    if (s >= 0 && bind(s, (struct sockaddr *)&address, sizeof address) != 0)
-    {
-        close(s);
-        return -1;
-    }
-    return s;
-}
-
-int peer_local_port(int socket)
-{
-    struct sockaddr_in address;
-    socklen_t size = sizeof address;
-    if (getsockname(socket, (struct sockaddr *)&address, &size) != 0)
-    {
-        return -1;
-    }
-    return ntohs(address.sin_port);
+    return peer_socket(SOCK_DGRAM, port);
 }
 
 int peer_send(int socket, const std::string &text)
@@ -80,44 +69,21 @@ int peer_sendto(int socket, int port, const std::string &text)
 
 std::string peer_receive(int socket, int timeout_ms, bool *closed)
 {
+    struct pollfd p = {socket, POLLIN, 0};
+    char buffer[512];
+    ssize_t n = poll(&p, 1, timeout_ms) < 1 ? 0 : recv(socket, buffer, sizeof buffer, 0);
     if (closed)
     {
-        *closed = false;
+        *closed = p.revents != 0 && n < 1;
     }
-    struct pollfd p = {socket, POLLIN, 0};
-    if (poll(&p, 1, timeout_ms) < 1)
-    {
-        return "";
-    }
-    char buffer[512];
-    ssize_t n = recv(socket, buffer, sizeof buffer, 0);
-    if (n < 1)
-    {
-        if (closed)
-        {
-            *closed = true;
-        }
-        return "";
-    }
-    return std::string(buffer, (size_t)n);
-}
-
-void peer_close(int socket)
-{
-    if (socket >= 0)
-    {
-        close(socket);
-    }
+    return std::string(buffer, n > 0 ? (size_t)n : 0);
 }
 
 static LogCapture *log_capture;
 
 static void log_capture_handler(QtMsgType, const QMessageLogContext &, const QString &message)
 {
-    if (log_capture)
-    {
-        log_capture->lines.push_back(message.toStdString());
-    }
+    log_capture->lines.push_back(message.toStdString());
 }
 
 LogCapture::LogCapture()
@@ -129,17 +95,10 @@ LogCapture::LogCapture()
 LogCapture::~LogCapture()
 {
     qInstallMessageHandler(nullptr);
-    log_capture = nullptr;
 }
 
 bool LogCapture::contains(const std::string &text) const
 {
-    for (const std::string &line : lines)
-    {
-        if (line.find(text) != std::string::npos)
-        {
-            return true;
-        }
-    }
-    return false;
+    return std::any_of(lines.begin(), lines.end(),
+                       [&](const std::string &line) { return line.find(text) != std::string::npos; });
 }

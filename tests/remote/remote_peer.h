@@ -9,26 +9,21 @@
 // A port of this test program: derived from its pid, so two runs of the suite
 // side by side do not meet. Offsets 0 to 9.
 int test_port(int offset);
-// The same as text, for the functions that take a service text.
 std::string test_port_text(int offset);
 
-// A TCP client connected to 127.0.0.1:port, or -1.
+// A TCP client connected to 127.0.0.1:port, or a UDP socket bound to it; -1
+// when that fails.
 int peer_connect(int port);
-// A UDP socket bound to 127.0.0.1:port (0 for any free port), or -1.
 int peer_udp(int port);
-// The port a socket is bound to.
-int peer_local_port(int socket);
 int peer_send(int socket, const std::string &text);
 int peer_sendto(int socket, int port, const std::string &text);
-// Bytes received within timeout_ms: the text, "" on a time-out. closed is set
-// when the peer closed the connection.
+// Bytes received within timeout_ms, "" on a time-out; closed is set when the
+// peer closed the connection.
 std::string peer_receive(int socket, int timeout_ms, bool *closed = nullptr);
-void peer_close(int socket);
 
 // Everything the program writes to the debug log while one is alive.
-class LogCapture
+struct LogCapture
 {
-  public:
     LogCapture();
     ~LogCapture();
     std::vector<std::string> lines;

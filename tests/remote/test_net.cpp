@@ -3,25 +3,12 @@
 #include "remote_peer.h"
 #include "support/test_env.h"
 
-#include <algorithm>
 #include <arpa/inet.h>
 #include <cstring>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <ifaddrs.h>
 #include <net/if.h>
-#include <sys/socket.h>
 #include <unistd.h>
-#include <vector>
-
-class Net : public ::testing::Test
-{
-  protected:
-    void SetUp() override
-    {
-        test_reset_state();
-    }
-};
 
 // The descriptor the next socket would get: a failure that made a socket
 // and lost it would move it on.
@@ -32,196 +19,88 @@ static int next_descriptor(void)
     return probe;
 }
 
-TEST_F(Net, ServiceNumberNotInTheDatabaseGivesThatPort)
+TEST(Net, ServiceByNumberListensAndBindsAgainAtOnceAfterASession)
 {
-    int s = net_init_client("127.0.0.1", test_port_text(0).c_str(), "tcp");
-    ASSERT_GE(s, 0);
-    EXPECT_EQ(peer_local_port(s), test_port(0));
-    int client = peer_connect(test_port(0));
-    EXPECT_GE(client, 0) << "a stream socket listens";
-    peer_close(client);
-    net_close(s);
-}
-
-TEST_F(Net, ServiceZeroOrAnUnknownWordFailsBeforeAnySocket)
-{
-    int before = next_descriptor();
-    EXPECT_EQ(net_init_client("127.0.0.1", "0", "tcp"), -1);
-    EXPECT_EQ(net_init_client("127.0.0.1", "no-such-service", "tcp"), -1);
-    EXPECT_EQ(next_descriptor(), before);
-}
-
-TEST_F(Net, UnresolvableHostFailsBeforeAnySocket)
-{
-    // Digits and dots that make no address: neither the name nor the dotted
-    // reading finds it, and no resolver is asked.
-    int before = next_descriptor();
-    EXPECT_EQ(net_init_client("999.1.2.3", test_port_text(1).c_str(), "tcp"), -1);
-    EXPECT_EQ(next_descriptor(), before);
-}
-
-TEST_F(Net, LocalhostResolvesByNameAndUdpIsNotListening)
-{
-    int s = net_init_client("localhost", test_port_text(2).c_str(), "udp");
-    ASSERT_GE(s, 0);
-    int type = 0;
-    socklen_t size = sizeof type;
-    getsockopt(s, SOL_SOCKET, SO_TYPE, &type, &size);
-    EXPECT_EQ(type, SOCK_DGRAM);
-    EXPECT_EQ(peer_local_port(s), test_port(2));
-    net_close(s);
-}
-
-TEST_F(Net, ListenerBindsAgainAtOnceAfterASessionClosed)
-{
-    // Without address reuse the port would stay refused while the closed
-    // session waits out TIME_WAIT, and the service could not reopen.
-    int listener = net_init_client("127.0.0.1", test_port_text(3).c_str(), "tcp");
+    int listener = net_init_client("127.0.0.1", test_port_text(0).c_str(), "tcp");
     ASSERT_GE(listener, 0);
-    int client = peer_connect(test_port(3));
+    int client = peer_connect(test_port(0));
     int served = net_accept(listener);
-    ASSERT_GE(served, 0);
+    ASSERT_GE(served, 0) << "a number outside the services database is that port";
     net_close(served);
     net_close(listener);
-    peer_close(client);
-    int again = net_init_client("127.0.0.1", test_port_text(3).c_str(), "tcp");
+    close(client);
+    // Without address reuse the port stays refused while the closed session
+    // waits out TIME_WAIT, and the service could not reopen.
+    int again = net_init_client("127.0.0.1", test_port_text(0).c_str(), "tcp");
     EXPECT_GE(again, 0);
     net_close(again);
 }
 
-TEST_F(Net, SecondDatagramSocketOnTheSamePortFails)
+TEST(Net, BadServiceOrHostFailsBeforeAnySocket)
 {
-    // Two instances with one command port: the second must see its failure
-    // rather than share the datagrams.
-    int first = net_init_client("127.0.0.1", test_port_text(5).c_str(), "udp");
-    ASSERT_GE(first, 0);
-    EXPECT_EQ(net_init_client("127.0.0.1", test_port_text(5).c_str(), "udp"), -1);
-    net_close(first);
+    int before = next_descriptor();
+    EXPECT_EQ(net_init_client("127.0.0.1", "0", "tcp"), -1);
+    EXPECT_EQ(net_init_client("127.0.0.1", "no-such-service", "tcp"), -1);
+    // Digits and dots that make no address: no resolver is asked.
+    EXPECT_EQ(net_init_client("999.1.2.3", test_port_text(1).c_str(), "tcp"), -1);
+    EXPECT_EQ(next_descriptor(), before);
 }
 
-TEST_F(Net, CloseOfNoSocketDoesNothing)
+TEST(Net, HexdumpRows)
 {
-    EXPECT_EQ(net_close(-1), 0);
-}
-
-TEST_F(Net, WriteToAGoneClientFailsWithoutASignal)
-{
-    int pair[2];
-    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, pair), 0);
-    close(pair[1]);
-    EXPECT_LT(net_write(pair[0], "RPRT 0\n", 7), 0);
-    close(pair[0]);
-}
-
-TEST(NetHexdump, SixteenBytesMakeOneRowAndTheClosingLine)
-{
-    uint8_t bytes[16];
-    for (int i = 0; i < 16; i++)
+    uint8_t bytes[17];
+    for (int i = 0; i < 17; i++)
     {
         bytes[i] = (uint8_t)(0x41 + i);
     }
     LogCapture log;
-    net_hexdump(0, bytes, 16);
-    ASSERT_EQ(log.lines.size(), 3u);
-    EXPECT_EQ(log.lines[0], "0000 : ");
-    EXPECT_EQ(log.lines[1], "4142 4344 4546 4748 494A 4B4C 4D4E 4F50   ABCDEFGHIJKLMNOP");
-    EXPECT_EQ(log.lines[2], "");
-}
-
-TEST(NetHexdump, SeventeenBytesFillTheSecondRowWithZeros)
-{
-    uint8_t bytes[17];
-    memset(bytes, 'a', sizeof bytes);
-    LogCapture log;
-    net_hexdump(0x20, bytes, 17);
-    ASSERT_EQ(log.lines.size(), 5u);
-    EXPECT_EQ(log.lines[0], "0020 : ");
-    EXPECT_EQ(log.lines[2], "0030 : ");
-    EXPECT_EQ(log.lines[3], "6100 0000 0000 0000 0000 0000 0000 0000   a...............");
-    std::string hex = log.lines[3].substr(0, 39);
-    EXPECT_EQ(std::count(hex.begin(), hex.end(), '0'), 30);
-    EXPECT_EQ(log.lines[4], "");
-}
-
-TEST(NetHexdump, UnprintableBytesAreDotsAndTildeIsNot)
-{
-    const uint8_t bytes[4] = {0x7F, 0x7E, 0x1F, 0x20};
+    net_hexdump(0x20, bytes, 16);
+    net_hexdump(0, bytes, 17);
+    // Each row under its offset line; a closing blank line after each dump.
+    std::string all;
+    for (const std::string &line : log.lines)
+    {
+        all += line + "|";
+    }
+    EXPECT_EQ(all, "0020 : |4142 4344 4546 4748 494A 4B4C 4D4E 4F50   ABCDEFGHIJKLMNOP||"
+                   "0000 : |4142 4344 4546 4748 494A 4B4C 4D4E 4F50   ABCDEFGHIJKLMNOP|"
+                   "0010 : |5100 0000 0000 0000 0000 0000 0000 0000   Q...............||");
+    // DEL is not printable, the tilde is.
+    const uint8_t edge[4] = {0x7F, 0x7E, 0x1F, 0x20};
     char head[16], line[64];
-    net_hexdump_row(0, bytes, 4, head, sizeof head, line, sizeof line);
+    net_hexdump_row(0, edge, 4, head, sizeof head, line, sizeof line);
     EXPECT_STREQ(line, "7F7E 1F20 0000 0000 0000 0000 0000 0000   .~. ............");
 }
 
-// A list of interfaces as getifaddrs gives it, built by hand.
-struct FakeInterface
+TEST(Net, FirstUpWiredIpv4AddressWins)
 {
-    const char *name;
-    unsigned flags;
-    int family;
-    const char *address;
-};
-
-class FakeInterfaces
-{
-  public:
-    explicit FakeInterfaces(std::initializer_list<FakeInterface> list)
+    // As getifaddrs lists them: loopback, wireless, a wired one down, a wired
+    // one with IPv6 first, then the one to pick, then a later wired one.
+    const char *const names[] = {"lo", "wlan0", "eth0", "enp3s0", "enp3s0", "eth1"};
+    const unsigned flags[] = {IFF_UP | IFF_LOOPBACK, IFF_UP, 0, IFF_UP, IFF_UP, IFF_UP};
+    const char *const addresses[] = {"127.0.0.1", "10.0.0.9", "10.0.0.1", "", "192.168.1.20", "192.168.2.30"};
+    struct ifaddrs list[6];
+    struct sockaddr_in in4[6];
+    struct sockaddr_in6 in6;
+    memset(list, 0, sizeof list);
+    memset(in4, 0, sizeof in4);
+    memset(&in6, 0, sizeof in6);
+    in6.sin6_family = AF_INET6;
+    for (int i = 0; i < 6; i++)
     {
-        entries.resize(list.size());
-        addresses.resize(list.size());
-        int i = 0;
-        for (const FakeInterface &f : list)
-        {
-            struct ifaddrs &e = entries[i];
-            memset(&e, 0, sizeof e);
-            e.ifa_name = const_cast<char *>(f.name);
-            e.ifa_flags = f.flags;
-            memset(&addresses[i], 0, sizeof addresses[i]);
-            if (f.family == AF_INET)
-            {
-                auto *in = reinterpret_cast<struct sockaddr_in *>(&addresses[i]);
-                in->sin_family = AF_INET;
-                inet_pton(AF_INET, f.address, &in->sin_addr);
-            }
-            else
-            {
-                auto *in6 = reinterpret_cast<struct sockaddr_in6 *>(&addresses[i]);
-                in6->sin6_family = AF_INET6;
-                inet_pton(AF_INET6, f.address, &in6->sin6_addr);
-            }
-            e.ifa_addr = reinterpret_cast<struct sockaddr *>(&addresses[i]);
-            e.ifa_next = i + 1 < (int)list.size() ? &entries[i + 1] : nullptr;
-            i++;
-        }
+        in4[i].sin_family = AF_INET;
+        inet_pton(AF_INET, addresses[i], &in4[i].sin_addr);
+        list[i].ifa_name = const_cast<char *>(names[i]);
+        list[i].ifa_flags = flags[i];
+        list[i].ifa_addr = i == 3 ? (struct sockaddr *)&in6 : (struct sockaddr *)&in4[i];
+        list[i].ifa_next = i < 5 ? &list[i + 1] : nullptr;
     }
-    const struct ifaddrs *list() const
-    {
-        return entries.empty() ? nullptr : &entries[0];
-    }
-
-  private:
-    std::vector<struct ifaddrs> entries;
-    std::vector<struct sockaddr_storage> addresses;
-};
-
-TEST(NetEthernet, FirstUpWiredIpv4AddressWins)
-{
-    FakeInterfaces ifs({{"lo", IFF_UP | IFF_LOOPBACK, AF_INET, "127.0.0.1"},
-                        {"wlan0", IFF_UP, AF_INET, "10.0.0.9"},
-                        {"eth0", 0, AF_INET, "10.0.0.1"},
-                        {"enp3s0", IFF_UP, AF_INET6, "fe80::1"},
-                        {"enp3s0", IFF_UP, AF_INET, "192.168.1.20"},
-                        {"eth1", IFF_UP, AF_INET, "192.168.2.30"}});
+    // Cut after the IPv6 entry, no address fits and the output stays as it was.
     char address[32] = "unchanged";
-    EXPECT_EQ(net_pick_ethernet_address(ifs.list(), "eth", address, sizeof address), 0);
-    EXPECT_STREQ(address, "192.168.1.20");
-}
-
-TEST(NetEthernet, NoWiredAdapterOrOnlyIpv6LeavesTheOutputAlone)
-{
-    FakeInterfaces ifs({{"lo", IFF_UP | IFF_LOOPBACK, AF_INET, "127.0.0.1"},
-                        {"wlan0", IFF_UP, AF_INET, "10.0.0.9"},
-                        {"eth0", IFF_UP, AF_INET6, "2001:db8::1"}});
-    char address[32] = "unchanged";
-    EXPECT_NE(net_pick_ethernet_address(ifs.list(), "eth", address, sizeof address), 0);
+    list[3].ifa_next = nullptr;
+    EXPECT_NE(net_pick_ethernet_address(list, "eth", address, sizeof address), 0);
     EXPECT_STREQ(address, "unchanged");
-    EXPECT_NE(net_pick_ethernet_address(nullptr, "eth", address, sizeof address), 0);
+    list[3].ifa_next = &list[4];
+    EXPECT_EQ(net_pick_ethernet_address(list, "eth", address, sizeof address), 0);
+    EXPECT_STREQ(address, "192.168.1.20");
 }
