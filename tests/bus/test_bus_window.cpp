@@ -25,9 +25,6 @@ TEST(BusWindow, NoPortStillOpensTheWindowWithTheFailureMessage)
         MainWindow window(0);
         EXPECT_STREQ("Morvane communication failure", panel_last_status);
     }
-    char path[600];
-    settings_path("Morvane.ini", path, sizeof path);
-    EXPECT_NE(std::string::npos, test_read_file(path).find("PortName=/dev/ttyUSB0"));
 }
 
 TEST_F(SimBus, WindowWakesReadsAndPutsTheBusToSleep)

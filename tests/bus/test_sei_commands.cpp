@@ -37,9 +37,7 @@ TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
     EncoderFactoryInfo info = {};
     uint16_t adc = 0, resolution = 1234, reg = 0;
     int16_t temperature = 0;
-    uint32_t small = 0, ppr = 0, brt = 1, brt_fault = 1;
-    encoders[2].PPR = 4096;
-    encoders[2].Resolution = 36000;
+    uint32_t small = 0, ppr = 0;
     char twenty[21];
     memset(twenty, 'A', 20);
     twenty[20] = 0;
@@ -78,8 +76,6 @@ TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
          {0xF1, 0x35, 0x00, 0x01, 0x04, 'A', 'Z', ' ', 0x00}},
         {{0x12, 0x34, 0x05}, [&] { return brt_read_register(2, 0, &reg); }, 5, {0x72, 0x00, 0x00}},
         {{0x00}, [&] { return brt_write_register(3, 11, 0xABCD); }, 0, {0x83, 0x00, 0x0B, 0xAB, 0xCD}},
-        {{0x04, 0x00, 0x00}, [&] { return brt_read_position(2, 0, &brt); }, 0, {0x72, 0x00, 0x00}},
-        {{0x00, 0x00, 0x02}, [&] { return brt_read_position(2, 0, &brt_fault); }, 2, {0x72, 0x00, 0x00}},
         {{0x00}, [&] { return brt_set_mode(2, MODE_DIRECTION); }, 0, {0x82, 0x00, 0x09, 0x00, 0x00}},
         {{0x00}, [&] { return brt_set_mode(2, 0); }, 0, {0x82, 0x00, 0x09, 0x00, 0x01}},
         // Sleep and wake-up wait for nothing, so a byte on the line stays there.
@@ -102,8 +98,6 @@ TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
     EXPECT_EQ(1234, resolution);
     EXPECT_EQ(4, set_status);
     EXPECT_EQ(0x1234, reg);
-    EXPECT_EQ(9000u, brt);
-    EXPECT_EQ(0u, brt_fault);
     EXPECT_EQ(2000u, info.Serial);
     EXPECT_EQ(29 * 10000 + 2025, info.Day * 10000 + info.Year);
     EXPECT_EQ(0x5A, crc);

@@ -5,20 +5,6 @@
 
 #include <gtest/gtest.h>
 
-TEST(SeiFrames, AddressInTheLowBitsFieldsMostSignificantFirstAndNoTrailer)
-{
-    EXPECT_EQ(0x7E, sei_first_byte(SEI_CLASS_REGISTER_READ, 14));
-    EXPECT_EQ(0xFF, sei_first_byte(SEI_CLASS_COMMAND, -1));
-    uint8_t bytes[4];
-    sei_put_u32(bytes, 0x12345678u);
-    EXPECT_EQ(0x12345678u, sei_get_u32(bytes));
-    EXPECT_EQ(0x12, bytes[0]);
-    uint8_t args[2] = {3, 1};
-    uint8_t frame[8];
-    ASSERT_EQ(4, sei_command_frame(2, SEI_RELAY_CONTROL, args, 2, frame));
-    EXPECT_EQ(0xF2320301u, sei_get_u32(frame));
-}
-
 TEST(SeiFrames, PositionWidthFollowsModeBitTwo)
 {
     struct Row

@@ -84,12 +84,8 @@ void drive_sim_tick(DriveSim *sim)
         {
             az_position = std::round(std::fmod(sim->station.mount.az + 360, 360) * 100) / 100;
         }
-        if (!sim->el_read_fails)
-        {
-            el_position = std::round(sim->station.mount.el * 100) / 100;
-        }
+        el_position = std::round(sim->station.mount.el * 100) / 100;
         az_read_status = sim->az_read_fails ? 1 : 0;
-        el_read_status = sim->el_read_fails ? 1 : 0;
         int through_north = settings.AzimuthLimitMin > settings.AzimuthLimitMax;
         int az_hit = position_az_limit_hit(az_position, settings.AzimuthLimitMin, settings.AzimuthLimitMax);
         int el_hit = position_el_limit_hit(el_position, settings.ElevationLimitMin, settings.ElevationLimitMax);

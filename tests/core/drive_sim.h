@@ -15,8 +15,7 @@ struct DriveSim
     int tick;      // 50 ms ticks so far
     int az_starts; // relay-on frames per axis: starts and jog pulses
     int el_starts;
-    int az_read_fails; // the position reads of this axis fail while set
-    int el_read_fails;
+    int az_read_fails; // the azimuth position reads fail while set
 };
 
 // The station as the simulator sets it up (boards at 0 for azimuth and 1 for

@@ -117,17 +117,6 @@ TEST_F(Cycle, EachGroupAtItsPeriod)
     }
 }
 
-TEST_F(Cycle, CountersKeepTheirValuesAcrossAPauseAndSwitchesOff)
-{
-    run(10); // display ran on tick 1, so its counter stands at 9 ticks
-    EXPECT_EQ(0, remote_switch_ms) << "the switch counter stands still while the switches are off";
-    conditions.remote_switches = 1;
-    log = {};
-    run(3);
-    EXPECT_EQ(std::vector<int>{3}, log.ticks[CYCLE_REMOTE_SWITCH]);
-    EXPECT_EQ(std::vector<int>{2}, log.ticks[CYCLE_DISPLAY]) << "11 ticks after the first, counting both runs";
-}
-
 TEST_F(Cycle, TrackingSourceIsTakenOnceAtEntry)
 {
     static int seen[2];
@@ -151,7 +140,8 @@ TEST(CycleGuard, GuardTimersStopAtZero)
     el_guard_ms = 30;
     cycle_guard_timers();
     EXPECT_EQ(70, az_guard_ms);
-    EXPECT_EQ(0, el_guard_ms) << "never below zero";
+    // The drive starts only at exactly 0, so a guard that went below would hold for ever.
+    EXPECT_EQ(0, el_guard_ms);
     az_guard_ms = 50;
     cycle_guard_timers();
     EXPECT_EQ(0, az_guard_ms) << "50 is not above 50";

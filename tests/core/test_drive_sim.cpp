@@ -1,6 +1,5 @@
 // The drive against the station simulator: its frames in the simulator's
 // log, and the simulated mount driven in closed loop, in simulated time.
-#include "bus/sim_fixture.h"
 #include "core/drive.h"
 #include "core/state.h"
 #include "drive_recorder.h"
@@ -120,18 +119,4 @@ TEST_F(DriveSimTest, SourceBelowTheHorizonHoldsTheMountUntilItRises)
     run_seconds(60);
     EXPECT_NEAR(sim.station.mount.az, 120, 0.3);
     EXPECT_NEAR(sim.station.mount.el, 30, 0.3);
-}
-
-// The whole path through the SEI link on the simulator's pseudo-terminal.
-TEST_F(SimBus, StopAllReachesTheBoardsThroughTheLink)
-{
-    settings.AzimuthPwmActive = settings.ElevationPwmActive = 1;
-    az_right(1);
-    EXPECT_EQ(1, frames_arrived("> F0 32 04 01", 1));
-    stop_all(1);
-    EXPECT_EQ(1, frames_arrived("> F1 32 01 00", 1));
-    EXPECT_EQ(1, frames_arrived("> F0 32 04 00", 1));
-    EXPECT_EQ(3, frames_arrived("> F0 33 04 00", 3)) << "all off, the right stop, and the pwm off of az_right";
-    std::lock_guard<std::mutex> hold(sim->lock);
-    EXPECT_EQ(sim->station.outputs[0].relay[4], 0);
 }

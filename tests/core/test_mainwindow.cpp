@@ -41,16 +41,6 @@ TEST_F(Window, FixedAt800By480WithTheInstanceInTheTitle)
     EXPECT_EQ(QSize(800, 480), w.size());
 }
 
-TEST_F(Window, RigControlIsOffAfterEveryStart)
-{
-    {
-        MainWindow w(0);
-        settings.OmniRigActive = 1;
-    }
-    MainWindow w(0);
-    EXPECT_EQ(0, settings.OmniRigActive);
-}
-
 // Wiring only: the drive's own tests hold its rules.
 TEST_F(Window, DriveButtonsReachTheDrive)
 {

@@ -114,20 +114,6 @@ class RigEngineCiv : public RigSimTest
     }
 };
 
-TEST_F(RigEngineCiv, InitThenPollReadsBothVfosAndWritesReachTheRadio)
-{
-    EXPECT_EQ(rig_send_init(), 0);
-    rig_poll_status();
-    int32_t a = 0, b = 0;
-    ASSERT_EQ(rig_get_freq_a(&a), 0);
-    ASSERT_EQ(rig_get_freq_b(&b), 0);
-    EXPECT_EQ(a, 1296000000);
-    EXPECT_EQ(b, 1296000500);
-    EXPECT_EQ(rig_flag_state[pmSplitOff], 1);
-    EXPECT_EQ(rig_set_freq_b(1295999000), 0);
-    EXPECT_EQ(rigsim_vfo(&sim, 1), 1295999000);
-}
-
 TEST_F(RigEngineCiv, ReplyOneByteShortOrGarbledIsNotTaken)
 {
     snprintf(rig_param_text[pmFreqA], RIG_TEXT_SIZE, "1");

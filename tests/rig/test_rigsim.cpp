@@ -4,7 +4,6 @@
 #include "rigsim/rigsim_civ.h"
 #include "rigsim/rigsim_radio.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -79,7 +78,7 @@ TEST(RigsimCat, FrequencyReadSetAndStatus)
     EXPECT_EQ((std::string{status[28], status[29], status[30], status[32], status[37]}), "1301;");
 }
 
-TEST(RigsimRadio, FaultsAndTheDial)
+TEST(RigsimRadio, DialAndStatus)
 {
     RigsimRadio radio;
     rigsim_radio_init(&radio, RIGSIM_CAT);
@@ -90,18 +89,8 @@ TEST(RigsimRadio, FaultsAndTheDial)
     rigsim_advance(&radio, 50);
     EXPECT_NE(rigsim_control(&radio, "freq c 1", reply, sizeof reply), 0);
 
-    uint8_t bytes[64];
-    memcpy(bytes, "FA00144000000;", 14);
-    rigsim_control(&radio, "garble 1", reply, sizeof reply);
-    EXPECT_EQ(rigsim_apply_faults(&radio, RIGSIM_CAT, bytes, 14, sizeof bytes), 14);
-    EXPECT_NE(bytes[1], 'A');
-    rigsim_control(&radio, "cut 1", reply, sizeof reply);
-    EXPECT_EQ(rigsim_apply_faults(&radio, RIGSIM_CAT, bytes, 14, sizeof bytes), 13);
-    rigsim_control(&radio, "noise 80", reply, sizeof reply);
-    EXPECT_EQ(rigsim_apply_faults(&radio, RIGSIM_CAT, bytes, 14, sizeof bytes), 64);
-    EXPECT_EQ(memchr(bytes, ';', 64), nullptr);
+    // The faults themselves show in the engine's tests, which fail if a reply comes through whole.
     rigsim_control(&radio, "silent 1", reply, sizeof reply);
-    EXPECT_EQ(rigsim_apply_faults(&radio, RIGSIM_CAT, bytes, 14, sizeof bytes), 0);
     rigsim_control(&radio, "status", reply, sizeof reply);
     EXPECT_EQ(std::string(reply).rfind("OK A=144000007 B=144000000 SEL=a SILENT=1", 0), 0u) << reply;
 }
