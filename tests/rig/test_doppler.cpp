@@ -45,7 +45,7 @@ TEST_F(DopplerButtons, StateMachines)
 {
     struct Step
     {
-        char button;
+        void (*press)(void);
         int want_vfo_mode, want_mode;
         const char *want_status;
     };
@@ -53,32 +53,28 @@ TEST_F(DopplerButtons, StateMachines)
     text_copy(dx_grid, sizeof dx_grid, "FN42");
     home_station_valid = dx_station_valid = 1;
     const Step steps[] = {
-        {'t', 1, 0, "Tx frequency is doppler adjusted from Rx VFO"},
-        {'r', 2, 0, "Rx frequency is doppler adjusted from Tx VFO"}, // from Tx following straight to Rx
-        {'t', 1, 0, "Tx frequency is doppler adjusted from Rx VFO"},
-        {'t', 0, 0, ""},
-        {'h', 0, 1, "Home Station Doppler selected"},
-        {'d', 0, 3, "Mutual Doppler selected"},
-        {'h', 0, 2, "Dx Station Doppler selected"},
-        {'d', 0, 0, "Doppler Control is OFF"},
-        {'d', 0, 2, "Dx Station Doppler selected"},
-        {'h', 0, 3, "Mutual Doppler selected"},
+        {doppler_tx_pressed, 1, 0, "Tx frequency is doppler adjusted from Rx VFO"},
+        {doppler_rx_pressed, 2, 0, "Rx frequency is doppler adjusted from Tx VFO"}, // from Tx following straight to Rx
+        {doppler_tx_pressed, 1, 0, "Tx frequency is doppler adjusted from Rx VFO"},
+        {doppler_tx_pressed, 0, 0, ""},
+        {doppler_home_pressed, 0, 1, "Home Station Doppler selected"},
+        {doppler_dx_pressed, 0, 3, "Mutual Doppler selected"},
+        {doppler_home_pressed, 0, 2, "Dx Station Doppler selected"},
+        {doppler_dx_pressed, 0, 0, "Doppler Control is OFF"},
+        {doppler_dx_pressed, 0, 2, "Dx Station Doppler selected"},
+        {doppler_home_pressed, 0, 3, "Mutual Doppler selected"},
     };
     int n = 0;
     for (const Step &step : steps)
     {
-        void (*press)(void) = step.button == 't'   ? doppler_tx_pressed
-                              : step.button == 'r' ? doppler_rx_pressed
-                              : step.button == 'h' ? doppler_home_pressed
-                                                   : doppler_dx_pressed;
-        press();
+        step.press();
         int mode = step.want_mode, vfo = step.want_vfo_mode;
         EXPECT_EQ(vfo_doppler_mode, vfo) << "step " << n;
         EXPECT_EQ(doppler_mode, mode) << "step " << n;
         EXPECT_STREQ(panel_last_status, step.want_status) << "step " << n;
         EXPECT_EQ(panel_last_style[PANEL_TX_DOPPLER], vfo == 1 ? STYLE_DARKGREEN : STYLE_GRAY) << "step " << n;
         EXPECT_EQ(panel_last_style[PANEL_RX_DOPPLER], vfo == 2 ? STYLE_DARKGREEN : STYLE_GRAY) << "step " << n;
-        if (step.button == 'h' || step.button == 'd')
+        if (step.press == doppler_home_pressed || step.press == doppler_dx_pressed)
         {
             EXPECT_EQ(panel_last_style[PANEL_HOME_STATION], mode & 1 ? STYLE_DARKGREEN : STYLE_GRAY) << "step " << n;
             EXPECT_EQ(panel_last_style[PANEL_DX_STATION], mode & 2 ? STYLE_DARKGREEN : STYLE_GRAY) << "step " << n;

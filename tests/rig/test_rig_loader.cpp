@@ -3,6 +3,7 @@
 #include "rig_test_files.h"
 #include "support/test_env.h"
 
+#include <QByteArray>
 #include <QDir>
 #include <cstring>
 #include <gtest/gtest.h>
@@ -26,18 +27,8 @@ class RigLoader : public ::testing::Test
     // ASCII records read as their text, hex ones as their digits.
     static std::string text(const uint8_t *bytes, int length, int is_hex = 1)
     {
-        if (!is_hex)
-        {
-            return std::string((const char *)bytes, (size_t)length);
-        }
-        std::string out;
-        char pair[4];
-        for (int i = 0; i < length; i++)
-        {
-            snprintf(pair, sizeof pair, "%02X", bytes[i]);
-            out += pair;
-        }
-        return out;
+        QByteArray raw((const char *)bytes, length);
+        return (is_hex ? raw.toHex().toUpper() : raw).toStdString();
     }
     static std::string code(const RigCommand &r)
     {
