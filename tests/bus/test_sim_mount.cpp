@@ -40,6 +40,7 @@ TEST_F(SimMountPhysics, RelayOnlyAxesRunAtTopSpeedInTheirDirection)
     EXPECT_NEAR(31.0, m.el, 1e-9);
     out[1].relay[1] = 0;
     out[1].relay[2] = 1;
+    run(10, 100);
     // No time is no motion.
     mount_advance(&m, out, -50);
     EXPECT_NEAR(30.0, m.el, 1e-9);
