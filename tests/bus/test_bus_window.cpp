@@ -3,6 +3,7 @@
 #include "sim_fixture.h"
 
 #include "core/clock.h"
+#include "core/drive.h"
 #include "core/mainwindow.h"
 #include "core/panel_seam.h"
 #include "core/settings.h"
@@ -39,7 +40,14 @@ TEST_F(SimBus, WindowWakesReadsAndPutsTheBusToSleep)
         EXPECT_EQ(1, frames_arrived("> 6F", 1));
         window.TimerEvent();
         EXPECT_EQ(0, strncmp(" 211.50", panel_last_text[PANEL_ANTENNA_AZIMUTH], 7));
+        // The window goes while a motor runs: it must not be left running.
+        az_right(1);
     }
     EXPECT_EQ(1, frames_arrived("> 5F", 1));
+    {
+        std::lock_guard<std::mutex> hold(sim->lock);
+        EXPECT_EQ(0, sim->station.outputs[0].relay[4]) << "relay left on at exit";
+        EXPECT_EQ(0, sim->station.outputs[0].duty[4]) << "PWM left on at exit";
+    }
     EXPECT_FALSE(sei_is_open());
 }
