@@ -1,6 +1,6 @@
-// The remote links in the station: the guard that holds the drive until a
-// link has sent a position, and the window's opening, serving and closing of
-// each link. Wiring and hand-over only; the protocols have their own tests.
+// The remote links in the station: the window's opening, serving and closing
+// of each link. Wiring and hand-over only; the protocols have their own tests,
+// and the drive's hold on a remote row without a report has its own rows.
 #include "astro/source.h"
 #include "core/clock.h"
 #include "core/drive.h"
@@ -26,105 +26,6 @@
 #include <gtest/gtest.h>
 #include <sstream>
 #include <unistd.h>
-
-// Relay commands that switched a port on, by port number.
-static int relay_on[8];
-
-static int record_relay(int, uint8_t port, uint8_t state, uint8_t *status)
-{
-    relay_on[port & 7] += state ? 1 : 0;
-    *status = 0;
-    return 0;
-}
-
-static int record_pwm(int, uint8_t, uint8_t, uint8_t *status)
-{
-    *status = 0;
-    return 0;
-}
-
-// What each link's peer sends for azimuth alone, for both axes, and for a
-// target below the horizon.
-struct GuardRow
-{
-    int source;
-    const char *azimuth_only, *both, *below;
-};
-
-static const GuardRow guard_rows[] = {
-    {SOURCE_GPREDICT, "P 150\n", "P 150 30\n", "P 150 -5\n"},
-    {SOURCE_PSTROTATOR, "<PST><AZIMUTH>150</AZIMUTH></PST>",
-     "<PST><AZIMUTH>150</AZIMUTH><ELEVATION>30</ELEVATION></PST>",
-     "<PST><AZIMUTH>150</AZIMUTH><ELEVATION>-5</ELEVATION></PST>"},
-    {SOURCE_EASYCOMM, "AZ150", "AZ150 EL30", "AZ150 EL-5"},
-};
-
-static void guard_send(int source, const std::string &text)
-{
-    char reply[ROTCTL_REPLY_SIZE];
-    PstAnswers answers;
-    std::istringstream words(text);
-    std::string word;
-    if (source == SOURCE_GPREDICT)
-    {
-        rotctl_handle(text.c_str(), (int)text.size(), reply, sizeof reply);
-    }
-    else if (source == SOURCE_PSTROTATOR)
-    {
-        pst_handle(text.c_str(), (int)text.size(), &answers);
-    }
-    while (source == SOURCE_EASYCOMM && words >> word)
-    {
-        easycomm_parse(&easycomm, word.c_str());
-    }
-}
-
-// The display group and the position group on the row: the moves it asked
-// for on the azimuth relays, then on the elevation relays.
-static std::pair<int, int> guard_tick(int source)
-{
-    memset(relay_on, 0, sizeof relay_on);
-    time_t now = 1700000000;
-    struct tm utc;
-    gmtime_r(&now, &utc);
-    source_calculate(source, 1, &utc, 52.5, 13.4, 1296.0, source_table[source]);
-    source_az = source_table[source].az;
-    source_el = source_table[source].el;
-    drive_step(source, 0, 0, 0);
-    return {relay_on[DRIVE_PORT_LEFT] + relay_on[DRIVE_PORT_RIGHT],
-            relay_on[DRIVE_PORT_UP] + relay_on[DRIVE_PORT_DOWN]};
-}
-
-TEST(RemoteGuard, NothingMovesBeforeAPositionNorForATargetBelowTheHorizon)
-{
-    static const DriveBus recorder = {record_relay, record_pwm};
-    for (const GuardRow &row : guard_rows)
-    {
-        for (int below = 0; below < 2; below++)
-        {
-            test_reset_state();
-            drive_set_bus(&recorder);
-            settings.AZ_Addr = 0;
-            settings.EL_Addr = 1;
-            settings.Azimuth_Start = settings.Elevation_Start = 1.0;
-            settings.Azimuth_Stop = settings.Elevation_Stop = 0.2;
-            settings.AzimuthLimitMax = 360.0;
-            settings.ElevationLimitMax = 90.0;
-            az_position = 100.0;
-            el_position = 10.0;
-            az_read_status = el_read_status = 0;
-            auto_tracking = 1;
-            EXPECT_EQ(guard_tick(row.source), std::make_pair(0, 0)) << row.both << ": AUTO alone moves nothing";
-            guard_send(row.source, below ? row.below : row.azimuth_only);
-            std::pair<int, int> moves = guard_tick(row.source);
-            EXPECT_EQ(moves.first > 0, !below) << row.both << ": azimuth moves, unless the target is below";
-            EXPECT_EQ(moves.second, 0) << row.both << ": elevation waits for its own position";
-            guard_send(row.source, row.both);
-            EXPECT_GT(guard_tick(row.source).second, 0) << row.both;
-        }
-    }
-    drive_set_bus(nullptr);
-}
 
 // The window with a remote source stored in its settings file.
 class RemoteWindow : public ::testing::Test

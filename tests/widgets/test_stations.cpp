@@ -98,29 +98,6 @@ static bool grid_position(const char *grid, double lat, double lon)
     return grid_to_position(grid, &want_lat, &want_lon) == 0 && want_lat == lat && want_lon == lon;
 }
 
-TEST(HomeStationDms, SplitsTheAngleForTheThreeButtons)
-{
-    struct Row
-    {
-        double value;
-        int degrees, minutes;
-        double seconds;
-        int negative;
-    };
-    const Row rows[] = {
-        {52.5, 52, 30, 0.0, 0},      {-0.5, 0, 30, 0.0, 1}, {13.4125, 13, 24, 45.0, 0},
-        {-122.88, 122, 52, 48.0, 1}, {0.0, 0, 0, 0.0, 0},
-    };
-    for (const Row &row : rows)
-    {
-        int d = -1, m = -1, negative = -1;
-        double s = -1;
-        home_station_dms(row.value, &d, &m, &s, &negative);
-        EXPECT_TRUE(d == row.degrees && m == row.minutes && fabs(s - row.seconds) < 1e-6 && negative == row.negative)
-            << row.value << " gave " << d << " " << m << " " << s << " " << negative;
-    }
-}
-
 // Every field reaches its editor with its title and limit, and only an answer
 // changes the record; the locator alone doesn't move the station.
 TEST_F(Stations, HomeFieldsGoThroughTheirEditorsIntoTheRecord)
