@@ -4,7 +4,6 @@
 #include "remote/easycomm.h"
 #include "ui_easycomm_dialog.h"
 
-#include <QSerialPortInfo>
 #include <QStringList>
 
 EasyCommDialog::EasyCommDialog(QWidget *parent) : QDialog(parent), ui(new Ui::EasyCommDialog)
@@ -33,24 +32,12 @@ EasyCommDialog::~EasyCommDialog()
     delete ui;
 }
 
-// The ports the system has now, and the stored one when it is not among them:
-// a USB adapter unplugged today keeps its place. Opening the dialog takes the
-// shown port's name, as a change of the list would.
+// Opening the dialog takes the shown port's name, as a change of the list would.
 void EasyCommDialog::listPorts(void)
 {
     SerialLink *link = &easycomm.link;
-    QStringList names;
-    const QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
-    for (const QSerialPortInfo &port : ports)
-    {
-        names << port.systemLocation();
-    }
+    QStringList names = serial_port_names(link->PortName, 0);
     QString stored = QString::fromUtf8(link->PortName);
-    if (!stored.isEmpty() && !names.contains(stored))
-    {
-        names << stored;
-    }
-    names.sort();
     ui->PortComboBox->addItems(names);
     int row = names.indexOf(stored);
     ui->PortComboBox->setCurrentIndex(row >= 0 ? row : 0);

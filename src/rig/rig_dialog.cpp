@@ -6,12 +6,12 @@
 #include "core/state.h"
 #include "rig/doppler.h"
 #include "rig/rig_loader.h"
+#include "rig/serial_link.h"
 #include "ui_rig_dialog.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QHeaderView>
-#include <QSerialPortInfo>
 #include <QStringList>
 #include <QTableWidgetItem>
 #include <cstdio>
@@ -67,28 +67,10 @@ void RigControlDialog::listFiles(void)
     }
 }
 
-// The ports the system offers, plus the one stored if it is not among them
-// (a USB adapter that is unplugged now keeps its place in the settings).
 void RigControlDialog::listPorts(void)
 {
-    QStringList names;
-    const QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
-    for (const QSerialPortInfo &port : ports)
-    {
-        qDebug("PortName:     %s", port.portName().toUtf8().constData());
-        qDebug("Description:  %s", port.description().toUtf8().constData());
-        qDebug("Manufacturer: %s", port.manufacturer().toUtf8().constData());
-        qDebug("Location:     %s", port.systemLocation().toUtf8().constData());
-        qDebug("Vendor:       %d", port.hasVendorIdentifier() ? port.vendorIdentifier() : 0);
-        qDebug("Product:      %d", port.hasProductIdentifier() ? port.productIdentifier() : 0);
-        names << port.systemLocation();
-    }
+    QStringList names = serial_port_names(settings.PortName, 1);
     QString stored = QString::fromUtf8(settings.PortName);
-    if (!stored.isEmpty() && !names.contains(stored))
-    {
-        names << stored;
-    }
-    names.sort();
     ui->PortComboBox->addItems(names);
     int row = names.indexOf(stored);
     ui->PortComboBox->setCurrentIndex(row >= 0 ? row : 0);

@@ -2,6 +2,8 @@
 
 #include <QDebug>
 #include <QSerialPort>
+#include <QSerialPortInfo>
+#include <QStringList>
 #include <termios.h>
 
 int serial_baud_rate(int row)
@@ -133,4 +135,30 @@ int serial_read(SerialLink *link, uint8_t *buffer, int count, int periods)
         }
     }
     return 0;
+}
+
+QStringList serial_port_names(const char *stored, int log_details)
+{
+    QStringList names;
+    const QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
+    for (const QSerialPortInfo &port : ports)
+    {
+        if (log_details)
+        {
+            qDebug("PortName:     %s", port.portName().toUtf8().constData());
+            qDebug("Description:  %s", port.description().toUtf8().constData());
+            qDebug("Manufacturer: %s", port.manufacturer().toUtf8().constData());
+            qDebug("Location:     %s", port.systemLocation().toUtf8().constData());
+            qDebug("Vendor:       %d", port.hasVendorIdentifier() ? port.vendorIdentifier() : 0);
+            qDebug("Product:      %d", port.hasProductIdentifier() ? port.productIdentifier() : 0);
+        }
+        names << port.systemLocation();
+    }
+    QString kept = QString::fromUtf8(stored ? stored : "");
+    if (!kept.isEmpty() && !names.contains(kept))
+    {
+        names << kept;
+    }
+    names.sort();
+    return names;
 }

@@ -2,6 +2,7 @@
 // rows of the dialogs' lists, blocking reads that take a whole count or nothing.
 #pragma once
 
+#include <QStringList>
 #include <cstdint>
 
 class QSerialPort;
@@ -34,3 +35,8 @@ int serial_write(SerialLink *link, const uint8_t *data, int length);
 // Exactly count bytes, or 0: waits up to periods of about 1 ms for the whole
 // count to be there. What came short of it stays buffered.
 int serial_read(SerialLink *link, uint8_t *buffer, int count, int periods);
+
+// The ports a dialog offers: those the system has now, plus the stored one
+// when it is not among them (a USB adapter unplugged today keeps its place),
+// sorted. With log_details each system port's description goes to the debug log.
+QStringList serial_port_names(const char *stored, int log_details);

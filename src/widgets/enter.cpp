@@ -137,3 +137,30 @@ int EnterText(const char *title, char *text, int max_length)
     enter_copy_back(text, dialog.value, max_length);
     return 1;
 }
+
+void enter_field_load(char *value, int size, int *length, const char *text, int most)
+{
+    const char *from = text ? text : "";
+    size_t n = strnlen(from, (size_t)(most < size ? most : size - 1));
+    memset(value, 0, (size_t)size);
+    memcpy(value, from, n);
+    *length = (int)n;
+}
+
+void enter_field_append(char *value, int *length, int keep, char c)
+{
+    if (*length >= keep)
+    {
+        return;
+    }
+    value[(*length)++] = c;
+    value[*length] = 0;
+}
+
+void enter_field_remove(char *value, int *length)
+{
+    if (*length > 0)
+    {
+        value[--(*length)] = 0;
+    }
+}

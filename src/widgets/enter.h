@@ -14,6 +14,14 @@ int EnterNumber(char *text, int max_length);
 // The keyboard on text, with title shown beside the field; the same rules.
 int EnterText(const char *title, char *text, int max_length);
 
+// The edit field both editors share. A load takes at most `most` bytes of the
+// caller's text, which may lack a terminator (a full-length earlier answer),
+// into a field of `size` bytes; an append is dropped once `keep` characters
+// are there.
+void enter_field_load(char *value, int size, int *length, const char *text, int most);
+void enter_field_append(char *value, int *length, int keep, char c);
+void enter_field_remove(char *value, int *length);
+
 // Centre a dialog at the bottom of the 800 by 480 panel, under the finger.
 void enter_place(QWidget *dialog);
 

@@ -123,32 +123,19 @@ void KeyboardDialog::connect_keys(void)
 void KeyboardDialog::load(const char *title, const char *text)
 {
     ui->KeyName->setText(QString::fromUtf8(title ? title : ""));
-    // The caller's text may lack a terminator, so never read past the field.
-    const char *from = text ? text : "";
-    size_t n = strnlen(from, sizeof value - 1);
-    memset(value, 0, sizeof value);
-    memcpy(value, from, n);
-    length = (int)n;
+    enter_field_load(value, sizeof value, &length, text, sizeof value - 1);
     show_value();
 }
 
 void KeyboardDialog::append(char c)
 {
-    if (length >= KEYBOARD_KEEP)
-    {
-        return;
-    }
-    value[length++] = c;
-    value[length] = 0;
+    enter_field_append(value, &length, KEYBOARD_KEEP, c);
     show_value();
 }
 
 void KeyboardDialog::remove_last(void)
 {
-    if (length > 0)
-    {
-        value[--length] = 0;
-    }
+    enter_field_remove(value, &length);
     show_value();
 }
 

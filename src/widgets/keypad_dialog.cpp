@@ -50,33 +50,19 @@ KeypadDialog::~KeypadDialog()
 
 void KeypadDialog::load(const char *text)
 {
-    // The caller's text may lack a terminator (a full-length earlier answer),
-    // so never read past what is taken.
-    const char *from = text ? text : "";
-    size_t n = strnlen(from, KEYPAD_LOAD);
-    memset(value, 0, sizeof value);
-    memcpy(value, from, n);
-    length = (int)n;
+    enter_field_load(value, sizeof value, &length, text, KEYPAD_LOAD);
     show_value();
 }
 
 void KeypadDialog::append(char c)
 {
-    if (length >= KEYPAD_KEEP)
-    {
-        return;
-    }
-    value[length++] = c;
-    value[length] = 0;
+    enter_field_append(value, &length, KEYPAD_KEEP, c);
     show_value();
 }
 
 void KeypadDialog::remove_last(void)
 {
-    if (length > 0)
-    {
-        value[--length] = 0;
-    }
+    enter_field_remove(value, &length);
     show_value();
 }
 
