@@ -16,6 +16,7 @@
 #include "core/state.h"
 #include "remote/easycomm.h"
 #include "remote/easycomm_dialog.h"
+#include "remote/psk_reporter.h"
 #include "remote/pstrotator.h"
 #include "remote/remote_services.h"
 #include "remote/rotctl.h"
@@ -113,6 +114,11 @@ MainWindow::MainWindow(int instance, QWidget *parent)
     }
 
     SetupTrackingSource();
+    if (settings.ReportActive)
+    {
+        psk_init();
+        SendPskSelfReport();
+    }
 
     connect(timer, &QTimer::timeout, this, &MainWindow::TimerEvent);
     timer->start(CYCLE_TICK_MS);
@@ -133,6 +139,7 @@ MainWindow::~MainWindow()
     // port from the next window of this process, and the serial line from
     // the next program.
     remote_shutdown();
+    psk_reset();
     panel_unregister_all();
     delete ui;
 }
@@ -307,8 +314,9 @@ void MainWindow::SetupTrackingSource(void)
     remote_start(settings.TrackingSource);
 }
 
-void MainWindow::SendPskSelfReport(void)
+int MainWindow::SendPskSelfReport(void)
 {
+    return psk_self_report();
 }
 
 void MainWindow::TimerEvent(void)
