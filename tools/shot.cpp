@@ -22,6 +22,7 @@
 #include "widgets/home_station_dialog.h"
 #include "widgets/keyboard_dialog.h"
 #include "widgets/keypad_dialog.h"
+#include "widgets/time_config_dialog.h"
 
 #include <QApplication>
 #include <QDir>
@@ -187,6 +188,9 @@ int main(int argc, char *argv[])
 
         AntennaDialog antenna(&window);
         status |= shot_dialog(&antenna, out, "antenna");
+
+        TimeConfigDialog time_config(&window);
+        status |= shot_dialog(&time_config, out, "time_config");
     }
     if (home == temp_home)
     {

@@ -27,6 +27,8 @@
 #include "widgets/dx_station_dialog.h"
 #include "widgets/home_station_dialog.h"
 #include "widgets/locator.h"
+#include "widgets/system_clock.h"
+#include "widgets/time_config_dialog.h"
 
 #include <QCoreApplication>
 #include <QMenuBar>
@@ -294,6 +296,7 @@ void MainWindow::createMenus(void)
     connect(configure->addAction(tr("Dx Station")), &QAction::triggered, this, &MainWindow::DxStation);
     connect(configure->addAction(tr("EasyComm")), &QAction::triggered, this, &MainWindow::EasyComm);
     connect(configure->addAction(tr("Rig Control")), &QAction::triggered, this, &MainWindow::RigControl);
+    connect(configure->addAction(tr("Date and Time")), &QAction::triggered, this, &MainWindow::SetDateTime);
     QMenu *tracking = menu_bar->addMenu(tr("Tracking"));
     tracking->setStyleSheet(panel_style_text(STYLE_MENU));
     connect(tracking->addAction(tr("Parameters")), &QAction::triggered, this, &MainWindow::Antenna);
@@ -466,6 +469,24 @@ void MainWindow::Antenna(void)
     }
     panel_pause_end();
     timer->start(CYCLE_TICK_MS);
+}
+
+// Tracking goes on while the date is chosen. The fields are UTC and the clock
+// is set as UTC; a station that cannot set it is told why.
+bool MainWindow::SetDateTime(void)
+{
+    TimeConfigDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        char why[128], text[192];
+        if (clock_set_system(&map_date_time, why, sizeof why) != 0)
+        {
+            snprintf(text, sizeof text, "The clock could not be set: %s", why);
+            panel_status(text, 0);
+        }
+        UpdateDisplay();
+    }
+    return true;
 }
 
 void MainWindow::About(void)
