@@ -10,6 +10,11 @@
 // when the window closes, written); by default a fresh temporary one is used,
 // so the operator's own settings are never touched.
 #include "astro/sources_dialog.h"
+#include "bus/calibration_dialog.h"
+#include "bus/encoder_dialog.h"
+#include "core/ini_file.h"
+#include "core/settings.h"
+#include "sim/pty_server.h"
 #include "core/about_dialog.h"
 #include "core/antenna_dialog.h"
 #include "core/mainwindow.h"
@@ -89,6 +94,27 @@ static int shot_dialog(QDialog *dialog, const QString &dir, const char *name)
     return status;
 }
 
+// A fresh home gets the simulated station on its bus, with the encoders at
+// addresses 0 and 1, so the bus dialogs show devices. 0, or -1 without it.
+static int shot_simulated_bus(SimServer *sim)
+{
+    sim_station_init(&sim->station);
+    if (sim_server_start(sim, nullptr) != 0)
+    {
+        return -1;
+    }
+    char path[1024];
+    static IniFile ini;
+    QDir().mkpath(QString::fromUtf8(settings_directory()));
+    settings_path("Morvane.ini", path, sizeof path);
+    ini_read(path, &ini);
+    ini_set(&ini, "SEI", "PortName", sim->device);
+    ini_set_int(&ini, "ANTENNA", "AZ_Addr", 0);
+    ini_set_int(&ini, "ANTENNA", "EL_Addr", 1);
+    ini_write(path, &ini);
+    return 0;
+}
+
 int main(int argc, char *argv[])
 {
     int run_seconds = 0;
@@ -139,6 +165,8 @@ int main(int argc, char *argv[])
     QString out = QDir(QString::fromUtf8(dir)).absolutePath();
 
     int status = 0;
+    static SimServer sim;
+    int simulated = home == temp_home && shot_simulated_bus(&sim) == 0;
     {
         MainWindow window(0);
         window.show();
@@ -191,6 +219,19 @@ int main(int argc, char *argv[])
 
         TimeConfigDialog time_config(&window);
         status |= shot_dialog(&time_config, out, "time_config");
+
+        window.timer->stop();
+        EncoderDialog encoder(&window);
+        encoder.EncoderScan();
+        status |= shot_dialog(&encoder, out, "encoder_scan");
+        encoder.EncoderClose();
+
+        CalibrationDialog calibration(&window);
+        status |= shot_dialog(&calibration, out, "calibration");
+    }
+    if (simulated)
+    {
+        sim_server_stop(&sim);
     }
     if (home == temp_home)
     {

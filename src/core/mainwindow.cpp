@@ -1,6 +1,9 @@
 #include "core/mainwindow.h"
 
 #include "astro/sources_dialog.h"
+#include "bus/calibration_dialog.h"
+#include "bus/encoder_dialog.h"
+#include "bus/position.h"
 #include "bus/sei_commands.h"
 #include "bus/sei_link.h"
 #include "core/about_dialog.h"
@@ -297,6 +300,10 @@ void MainWindow::createMenus(void)
     connect(configure->addAction(tr("EasyComm")), &QAction::triggered, this, &MainWindow::EasyComm);
     connect(configure->addAction(tr("Rig Control")), &QAction::triggered, this, &MainWindow::RigControl);
     connect(configure->addAction(tr("Date and Time")), &QAction::triggered, this, &MainWindow::SetDateTime);
+    QMenu *encoders = menu_bar->addMenu(tr("Encoders"));
+    encoders->setStyleSheet(panel_style_text(STYLE_MENU));
+    connect(encoders->addAction(tr("Scan")), &QAction::triggered, this, &MainWindow::EncoderScan);
+    connect(encoders->addAction(tr("Calibration")), &QAction::triggered, this, &MainWindow::Calibration);
     QMenu *tracking = menu_bar->addMenu(tr("Tracking"));
     tracking->setStyleSheet(panel_style_text(STYLE_MENU));
     connect(tracking->addAction(tr("Parameters")), &QAction::triggered, this, &MainWindow::Antenna);
@@ -466,6 +473,37 @@ void MainWindow::Antenna(void)
     if (dialog.exec() == QDialog::Accepted)
     {
         panel_antenna_accepted(ui->panelSlider->value());
+    }
+    panel_pause_end();
+    timer->start(CYCLE_TICK_MS);
+}
+
+// The scan is the bus's only user while it is open, and whatever it changed
+// is fetched afresh by the next read pass.
+void MainWindow::EncoderScan(void)
+{
+    timer->stop();
+    panel_pause_begin();
+    EncoderDialog dialog(this);
+    dialog.exec();
+    az_encoder_ready = 0;
+    el_encoder_ready = 0;
+    SaveSettings(ini_file_name, &settings);
+    panel_pause_end();
+    timer->start(CYCLE_TICK_MS);
+}
+
+// Addresses and corrections change under the drive, so it stands still; the
+// edits are in force at once, OK only saves them.
+void MainWindow::Calibration(void)
+{
+    timer->stop();
+    panel_pause_begin();
+    CalibrationDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        SaveSettings(ini_file_name, &settings);
+        UpdateDisplay();
     }
     panel_pause_end();
     timer->start(CYCLE_TICK_MS);

@@ -86,6 +86,8 @@ class MainWindow : public QMainWindow
     void RigControl(void);
     void Antenna(void);
     bool SetDateTime(void);
+    void EncoderScan(void);
+    void Calibration(void);
     void About(void);
 
   private:
