@@ -10,7 +10,6 @@
 
 #include <QtGlobal>
 #include <arpa/inet.h>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -60,21 +59,6 @@ static const uint8_t psk_sender_descriptor[60] = {
     0x76, 0x8F, 0x80, 0x06, 0x00, 0x01, 0x00, 0x00, 0x76, 0x8F, 0x80, 0x0A, 0xFF, 0xFF, 0x00,
     0x00, 0x76, 0x8F, 0x80, 0x0B, 0x00, 0x01, 0x00, 0x00, 0x76, 0x8F, 0x00, 0x96, 0x00, 0x04};
 
-static void psk_log(int on, const char *format, ...) __attribute__((format(printf, 2, 3)));
-static void psk_log(int on, const char *format, ...)
-{
-    if (!on)
-    {
-        return;
-    }
-    char line[160];
-    va_list args;
-    va_start(args, format);
-    vsnprintf(line, sizeof line, format, args);
-    va_end(args);
-    qDebug("%s", line);
-}
-
 static void psk_copy(char *field, int chars, const char *text)
 {
     text_copy(field, chars + 1, text ? text : "");
@@ -109,7 +93,10 @@ int psk_init(void)
 {
     if (net_start() != 0)
     {
-        psk_log(rotctl_debug, "PskReporter could not find hostname");
+        if (rotctl_debug)
+        {
+            qDebug("PskReporter could not find hostname");
+        }
         return -1;
     }
     if (psk_socket < 0)
@@ -118,14 +105,20 @@ int psk_init(void)
     }
     if (psk_socket < 0)
     {
-        psk_log(rotctl_debug, "Could not create socket for PskReporter");
+        if (rotctl_debug)
+        {
+            qDebug("Could not create socket for PskReporter");
+        }
         return PSK_FAILED;
     }
     psk_collector_known = 0;
     if (psk_parse_collector(settings.Collector, psk_host, sizeof psk_host, &psk_port) != 0)
     {
         psk_host[0] = 0;
-        psk_log(rotctl_debug, "Could not resolve PskReporter IP address");
+        if (rotctl_debug)
+        {
+            qDebug("Could not resolve PskReporter IP address");
+        }
         return PSK_NO_ADDRESS;
     }
     // The domain tells this run's datagrams from those of the run before.
@@ -153,7 +146,10 @@ int psk_add_report(const char *call, const char *grid, int64_t frequency, uint8_
     std::lock_guard<std::mutex> hold(psk_queue_lock);
     if (psk_count >= PSK_QUEUE_SIZE)
     {
-        psk_log(trace_debug, "PskReporter message queue is full");
+        if (trace_debug)
+        {
+            qDebug("PskReporter message queue is full");
+        }
         return PSK_FAILED;
     }
     PskReport *r = &psk_queue[psk_count];
@@ -167,7 +163,10 @@ int psk_add_report(const char *call, const char *grid, int64_t frequency, uint8_
     r->information_source = information_source;
     r->time = time;
     psk_count++;
-    psk_log(trace_debug, "report (%d) added to queue (call:%s grid:%s)", psk_count, r->call, r->grid);
+    if (trace_debug)
+    {
+        qDebug("report (%d) added to queue (call:%s grid:%s)", psk_count, r->call, r->grid);
+    }
     return PSK_OK;
 }
 
@@ -239,7 +238,7 @@ static void psk_trace_piece(const char *title, const uint8_t *piece, int length)
 {
     if (trace_debug)
     {
-        psk_log(1, title, length);
+        qDebug(title, length);
         net_hexdump(0, piece, length);
     }
 }
@@ -326,7 +325,10 @@ static int psk_resolve(void)
     struct in_addr address;
     if (!psk_host[0] || net_resolve(psk_host, PSK_RESOLVE_MS, &address) != 0)
     {
-        psk_log(rotctl_debug, "Could not resolve PskReporter IP address");
+        if (rotctl_debug)
+        {
+            qDebug("Could not resolve PskReporter IP address");
+        }
         return PSK_NO_ADDRESS;
     }
     memset(&psk_collector, 0, sizeof psk_collector);
@@ -335,7 +337,10 @@ static int psk_resolve(void)
     psk_collector.sin_port = htons((uint16_t)psk_port);
     psk_collector_known = 1;
     const uint8_t *b = (const uint8_t *)&address.s_addr;
-    psk_log(rotctl_debug, "PskReporter IP Address : %u.%u.%u.%u Port : %d", b[0], b[1], b[2], b[3], psk_port);
+    if (rotctl_debug)
+    {
+        qDebug("PskReporter IP Address : %u.%u.%u.%u Port : %d", b[0], b[1], b[2], b[3], psk_port);
+    }
     return 0;
 }
 
@@ -349,7 +354,7 @@ int psk_send(void)
     }
     if (rotctl_debug)
     {
-        psk_log(1, "UDP packet buffer (%d bytes):", length);
+        qDebug("UDP packet buffer (%d bytes):", length);
         net_hexdump(0, packet, length);
     }
     if (psk_resolve() != 0)
@@ -357,7 +362,10 @@ int psk_send(void)
         return PSK_NO_ADDRESS;
     }
     int count = psk_socket < 0 ? -1 : net_sendto(psk_socket, (const char *)packet, length, &psk_collector);
-    psk_log(rotctl_debug, "PskReporter update sent, count=%d", count);
+    if (rotctl_debug)
+    {
+        qDebug("PskReporter update sent, count=%d", count);
+    }
     return PSK_OK;
 }
 

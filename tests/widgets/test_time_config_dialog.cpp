@@ -1,5 +1,6 @@
 #include "widgets/time_config_dialog.h"
 
+#include "../astro/astro_test_time.h"
 #include "core/clock.h"
 #include "core/mainwindow.h"
 #include "core/panel_seam.h"
@@ -17,18 +18,6 @@
 #include <QTimer>
 #include <gtest/gtest.h>
 #include <string>
-
-static time_t utc(int year, int month, int day, int hours, int minutes, int seconds)
-{
-    struct tm t = {};
-    t.tm_year = year - 1900;
-    t.tm_mon = month - 1;
-    t.tm_mday = day;
-    t.tm_hour = hours;
-    t.tm_min = minutes;
-    t.tm_sec = seconds;
-    return timegm(&t);
-}
 
 static ClockCommand last_command;
 static int runs;
@@ -73,9 +62,9 @@ TEST_F(TimeDialog, OpensOnTheClockPlusTheMapOffsetAsUtc)
         int month, day, year, hours, minutes, seconds; // combo indices
         const char *why;
     } rows[] = {
-        {utc(2024, 2, 28, 23, 59, 30), 86400, {2, 29, 2024, 23, 59, 30}, 1, 28, 24, 23, 59, 30, "tomorrow, a leap day"},
-        {utc(2031, 12, 31, 0, 0, 0), 0, {12, 31, 2031, 0, 0, 0}, 11, 30, 31, 0, 0, 0, "the last day of a year"},
-        {utc(2050, 6, 1, 12, 0, 5), 0, {6, 1, 2050, 12, 0, 5}, 5, 0, -1, 12, 0, 5,
+        {astro_test_time(2024, 2, 28, 23, 59, 30), 86400, {2, 29, 2024, 23, 59, 30}, 1, 28, 24, 23, 59, 30, "tomorrow, a leap day"},
+        {astro_test_time(2031, 12, 31, 0, 0, 0), 0, {12, 31, 2031, 0, 0, 0}, 11, 30, 31, 0, 0, 0, "the last day of a year"},
+        {astro_test_time(2050, 6, 1, 12, 0, 5), 0, {6, 1, 2050, 12, 0, 5}, 5, 0, -1, 12, 0, 5,
          "past 2047 the year shows nothing and keeps the real one"},
     };
     // The local zone must not show: the fields are UTC.
@@ -104,7 +93,7 @@ TEST_F(TimeDialog, OpensOnTheClockPlusTheMapOffsetAsUtc)
 
 TEST_F(TimeDialog, EachChoiceGoesToItsField)
 {
-    clock_freeze(utc(2024, 3, 7, 9, 5, 1));
+    clock_freeze(astro_test_time(2024, 3, 7, 9, 5, 1));
     TimeConfigDialog dialog(nullptr, proc().c_str());
     struct Row
     {
@@ -147,7 +136,7 @@ TEST_F(TimeDialog, NoticeShowsWhenNetworkTimeKeepsTheClock)
 // a refusal reaches the status bar, Cancel runs nothing.
 TEST_F(TimeDialog, MenuEntrySetsTheClockFromTheFields)
 {
-    clock_freeze(utc(2025, 1, 15, 10, 20, 30));
+    clock_freeze(astro_test_time(2025, 1, 15, 10, 20, 30));
     MainWindow w(0);
     w.timer->stop();
     w.MenuButtonPressed();
