@@ -14,40 +14,12 @@
 #include <QTableWidget>
 #include <QTimer>
 
-class Calibration : public SimBus
+static void answer(std::initializer_list<const char *> answers)
 {
-  protected:
-    void SetUp() override
-    {
-        SimBus::SetUp();
-        enter_reset();
-        for (int n = 0; n < ENCODER_COUNT; n++)
-        {
-            encoders[n].Info = brt_factory_record(n);
-        }
-    }
-    void TearDown() override
-    {
-        enter_reset();
-        SimBus::TearDown();
-    }
-    static void answer(std::initializer_list<const char *> answers)
-    {
-        static const char *kept[8];
-        std::copy(answers.begin(), answers.end(), kept);
-        enter_set_answers(kept, (int)answers.size());
-    }
-    int frames(void)
-    {
-        std::lock_guard<std::mutex> hold(sim->lock);
-        return sim->station.frame_count;
-    }
-    SimEncoder device(int a)
-    {
-        std::lock_guard<std::mutex> hold(sim->lock);
-        return sim->station.encoders[a];
-    }
-};
+    static const char *kept[8];
+    std::copy(answers.begin(), answers.end(), kept);
+    enter_set_answers(kept, (int)answers.size());
+}
 
 static std::string text(QAbstractButton *button)
 {
@@ -56,7 +28,7 @@ static std::string text(QAbstractButton *button)
 
 // A multi-turn native encoder keeps its pulses, level and range itself; a
 // BRT-38's live in its table entry; a plain encoder's only in the axis state.
-TEST_F(Calibration, EachKindOfEncoderGetsItsOwnWrites)
+TEST_F(SimBus, CalibrationWritesEachKindOfEncoderItsOwnWay)
 {
     {
         std::lock_guard<std::mutex> hold(sim->lock);
@@ -69,47 +41,38 @@ TEST_F(Calibration, EachKindOfEncoderGetsItsOwnWrites)
     CalibrationDialog d;
     Ui::CalibrationDialog *ui = d.ui;
     EXPECT_EQ(text(ui->AzPulsesRevEdit), "2000") << "read from the device";
-    EXPECT_EQ(ui->AzIndexPulseLevel->currentIndex(), 1);
-    EXPECT_TRUE(ui->AzIndexPulseLevel->isEnabled());
+    EXPECT_TRUE(ui->AzIndexPulseLevel->isEnabled() && ui->AzIndexPulseLevel->currentIndex() == 1);
     EXPECT_EQ(text(ui->ElRangeEdit), "1024") << "from the BRT-38's entry";
-    EXPECT_EQ(ui->ElIndexPulseLevel->currentText().toStdString(), "Disabled");
-    EXPECT_FALSE(ui->ElIndexPulseLevel->isEnabled());
+    EXPECT_FALSE(ui->ElIndexPulseLevel->isEnabled() || ui->ElIndexPulseLevel->currentText() != "Disabled");
 
     answer({"4096", "64"});
     emit ui->AzPulsesRevEdit->pressed();
     emit ui->AzRangeEdit->pressed();
     ui->AzIndexPulseLevel->setCurrentIndex(0);
-    EXPECT_EQ(device(0).ppr, 4096u);
-    EXPECT_EQ(device(0).range, 64u);
-    EXPECT_EQ(device(0).index_level, 0) << "pulses and level go together";
+    SimEncoder az = device(0);
+    EXPECT_TRUE(az.ppr == 4096 && az.range == 64 && az.index_level == 0) << "pulses and level go together";
 
     int before = frames();
     answer({"4096", "360"});
     emit ui->ElPulsesRevEdit->pressed();
     emit ui->ElRangeEdit->pressed();
-    EXPECT_EQ(frames(), before) << "a BRT-38 gets no frame";
-    EXPECT_EQ(encoders[2].PPR, 4096u);
-    EXPECT_EQ(encoders[2].Range, 360u);
-    EXPECT_EQ(el_index_level, 2);
+    EXPECT_TRUE(encoders[2].PPR == 4096 && encoders[2].Range == 360 && el_index_level == 2);
 
-    // A plain encoder: the value is kept, the device is not asked.
     az_mode = 0;
     answer({"99"});
     emit ui->AzRangeEdit->pressed();
     EXPECT_EQ(az_range, 99u);
-    EXPECT_EQ(device(0).range, 64u);
-    EXPECT_EQ(frames(), before);
+    EXPECT_EQ(frames(), before) << "neither a BRT-38 nor a plain encoder is sent these";
+    enter_reset();
 }
 
-TEST_F(Calibration, WithoutEncodersNothingIsSentAndTheAxisTurnsAnalogue)
+TEST_F(SimBus, CalibrationWithoutEncodersSendsNothingAndTheAxisTurnsAnalogue)
 {
-    settings.AZ_Addr = -1;
-    settings.EL_Addr = -1;
+    settings.AZ_Addr = settings.EL_Addr = -1;
     int before = frames();
     {
         CalibrationDialog d;
-        EXPECT_FALSE(d.ui->AzRangeEdit->isEnabled());
-        EXPECT_EQ(text(d.ui->AzPulsesRevEdit), "");
+        EXPECT_FALSE(d.ui->AzRangeEdit->isEnabled() || text(d.ui->AzPulsesRevEdit) != "");
         answer({"5", "3"});
         emit d.ui->AzPulsesRevEdit->pressed();
         emit d.ui->ElRangeEdit->pressed();
@@ -121,11 +84,12 @@ TEST_F(Calibration, WithoutEncodersNothingIsSentAndTheAxisTurnsAnalogue)
     EXPECT_EQ(frames(), before);
     ReadPosition();
     EXPECT_EQ(frames_seen("> 10"), 0) << "the azimuth reads its analogue channel";
+    enter_reset();
 }
 
 // The offset and a bin go into the settings at once, the next read is
 // corrected by them, and OK puts them in the file.
-TEST_F(Calibration, CorrectionsReachTheReadingAndTheFile)
+TEST_F(SimBus, CalibrationReachesTheReadingAndTheFile)
 {
     control("set az 123.4");
     SaveSettings(ini_file_name, &settings);
@@ -134,7 +98,7 @@ TEST_F(Calibration, CorrectionsReachTheReadingAndTheFile)
     w.timer->stop();
     ReadPosition();
     EXPECT_NEAR(az_position, 123.4, 1e-9);
-
+    settings.Elevation_Offset = 1.25;
     QTimer::singleShot(0,
                        []
                        {
@@ -143,21 +107,17 @@ TEST_F(Calibration, CorrectionsReachTheReadingAndTheFile)
                            answer({"2.5", "0.5", nullptr});
                            emit d->ui->AzOffsetEdit->pressed();
                            emit d->ui->AzTableWidget->itemPressed(d->ui->AzTableWidget->item(12, 0));
-                           EXPECT_EQ(d->ui->AzTableWidget->item(12, 0)->text().toStdString(), "0.5");
-                           // A cancelled keypad writes the shown text back: the elevation
-                           // offset is rounded to its one decimal.
+                           // A cancelled keypad writes the shown text back, one decimal.
                            emit d->ui->ElOffsetEdit->pressed();
                            d->accept();
                        });
-    settings.Elevation_Offset = 1.25;
     w.Calibration();
     EXPECT_TRUE(w.timer->isActive());
     ReadPosition();
     EXPECT_NEAR(az_position, 123.4 + 2.5 + 0.5, 1e-9) << "offset, then the bin of 125.9";
     EXPECT_DOUBLE_EQ(settings.Elevation_Offset, 1.2);
-
     SystemSettings saved;
     LoadSettings(ini_file_name, &saved);
-    EXPECT_DOUBLE_EQ(saved.Azimuth_Offset, 2.5);
-    EXPECT_DOUBLE_EQ(saved.AZ[12], 0.5);
+    EXPECT_TRUE(saved.Azimuth_Offset == 2.5 && saved.AZ[12] == 0.5);
+    enter_reset();
 }

@@ -36,16 +36,6 @@ class Scan : public SimBus
         }
         return joined;
     }
-    SimEncoder device(int a)
-    {
-        std::lock_guard<std::mutex> hold(sim->lock);
-        return sim->station.encoders[a];
-    }
-    int frames(void)
-    {
-        std::lock_guard<std::mutex> hold(sim->lock);
-        return sim->station.frame_count;
-    }
 };
 
 TEST_F(Scan, EachAddressShowsWhatAnswersThere)

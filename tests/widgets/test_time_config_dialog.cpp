@@ -4,7 +4,6 @@
 #include "core/clock.h"
 #include "core/mainwindow.h"
 #include "core/panel_seam.h"
-#include "core/state.h"
 #include "support/test_env.h"
 #include "ui_time_config_dialog.h"
 #include "widgets/system_clock.h"
@@ -19,6 +18,89 @@
 #include <gtest/gtest.h>
 #include <string>
 
+// What the dialog's combo boxes show, as indices, month first.
+static std::vector<int> shown(const TimeConfigDialog &d)
+{
+    const Ui::TimeConfigDialog *ui = d.ui;
+    return {ui->MonthComboBox->currentIndex(), ui->DayComboBox->currentIndex(), ui->YearComboBox->currentIndex(),
+            ui->HoursComboBox->currentIndex(), ui->MinutesComboBox->currentIndex(), ui->SecondsComboBox->currentIndex()};
+}
+
+static std::vector<int> fields(void)
+{
+    const DateTimeFields &f = map_date_time;
+    return {f.Month, f.Day, f.Year, f.Hours, f.Minutes, f.Seconds};
+}
+
+class TimeDialog : public ::testing::Test
+{
+  protected:
+    std::string proc = std::string(test_home()) + "/proc";
+    void SetUp() override
+    {
+        test_reset_state();
+        QDir().mkpath(QString::fromStdString(proc));
+    }
+    void TearDown() override
+    {
+        clock_set_runner(nullptr);
+        test_reset_state();
+    }
+};
+
+TEST_F(TimeDialog, OpensOnTheClockPlusTheMapOffsetAsUtc)
+{
+    struct Row
+    {
+        time_t now;
+        int offset;
+        std::vector<int> fields, shown;
+        const char *why;
+    } rows[] = {
+        {astro_test_time(2024, 2, 28, 23, 59, 30), 86400, {2, 29, 2024, 23, 59, 30}, {1, 28, 24, 23, 59, 30},
+         "tomorrow, a leap day"},
+        {astro_test_time(2050, 6, 1, 12, 0, 5), 0, {6, 1, 2050, 12, 0, 5}, {5, 0, -1, 12, 0, 5},
+         "past 2047 the year shows nothing and keeps the real one"},
+    };
+    // The local zone must not show: the fields are UTC.
+    setenv("TZ", "America/New_York", 1);
+    tzset();
+    for (const Row &row : rows)
+    {
+        clock_freeze(row.now);
+        map_time_offset = row.offset;
+        TimeConfigDialog d(nullptr, proc.c_str());
+        EXPECT_EQ(fields(), row.fields) << row.why;
+        EXPECT_EQ(shown(d), row.shown) << row.why;
+    }
+    unsetenv("TZ");
+    tzset();
+}
+
+TEST_F(TimeDialog, ChoicesGoToTheirFieldsAndNetworkTimeIsNamed)
+{
+    clock_freeze(astro_test_time(2024, 3, 7, 9, 5, 1));
+    TimeConfigDialog d(nullptr, proc.c_str());
+    EXPECT_TRUE(d.ui->NetworkTimeLabel->isHidden());
+    QComboBox *boxes[] = {d.ui->MonthComboBox,  d.ui->DayComboBox,     d.ui->YearComboBox,
+                          d.ui->HoursComboBox,  d.ui->MinutesComboBox, d.ui->SecondsComboBox};
+    const int chosen[] = {1, 30, 47, 23, 0, 59};
+    for (int i = 0; i < 6; i++)
+    {
+        boxes[i]->setCurrentIndex(chosen[i]);
+    }
+    EXPECT_EQ(fields(), (std::vector<int>{2, 31, 2047, 23, 0, 59}));
+
+    QDir().mkpath(QString::fromStdString(proc + "/77"));
+    FILE *f = fopen((proc + "/77/comm").c_str(), "w");
+    fputs("chronyd\n", f);
+    fclose(f);
+    TimeConfigDialog kept(nullptr, proc.c_str());
+    EXPECT_FALSE(kept.ui->NetworkTimeLabel->isHidden());
+    EXPECT_EQ(kept.ui->NetworkTimeLabel->text().toStdString(),
+              "The clock is set by network time; a manual setting will be overwritten");
+}
+
 static ClockCommand last_command;
 static int runs;
 static const char *run_answer;
@@ -30,112 +112,12 @@ static int record(const ClockCommand *command, char *why, int why_size)
     return run_answer ? -1 : 0;
 }
 
-class TimeDialog : public ::testing::Test
-{
-  protected:
-    void SetUp() override
-    {
-        test_reset_state();
-        clock_set_runner(record);
-        runs = 0;
-        run_answer = nullptr;
-        QDir().mkpath(QString::fromUtf8(test_home()) + "/proc");
-    }
-    void TearDown() override
-    {
-        clock_set_runner(nullptr);
-        test_reset_state();
-    }
-    std::string proc(void)
-    {
-        return std::string(test_home()) + "/proc";
-    }
-};
-
-TEST_F(TimeDialog, OpensOnTheClockPlusTheMapOffsetAsUtc)
-{
-    struct Row
-    {
-        time_t now;
-        int offset;
-        DateTimeFields want;
-        int month, day, year, hours, minutes, seconds; // combo indices
-        const char *why;
-    } rows[] = {
-        {astro_test_time(2024, 2, 28, 23, 59, 30), 86400, {2, 29, 2024, 23, 59, 30}, 1, 28, 24, 23, 59, 30, "tomorrow, a leap day"},
-        {astro_test_time(2031, 12, 31, 0, 0, 0), 0, {12, 31, 2031, 0, 0, 0}, 11, 30, 31, 0, 0, 0, "the last day of a year"},
-        {astro_test_time(2050, 6, 1, 12, 0, 5), 0, {6, 1, 2050, 12, 0, 5}, 5, 0, -1, 12, 0, 5,
-         "past 2047 the year shows nothing and keeps the real one"},
-    };
-    // The local zone must not show: the fields are UTC.
-    setenv("TZ", "America/New_York", 1);
-    tzset();
-    for (const Row &row : rows)
-    {
-        clock_freeze(row.now);
-        map_time_offset = row.offset;
-        TimeConfigDialog dialog(nullptr, proc().c_str());
-        const DateTimeFields &f = map_date_time;
-        EXPECT_TRUE(f.Month == row.want.Month && f.Day == row.want.Day && f.Year == row.want.Year &&
-                    f.Hours == row.want.Hours && f.Minutes == row.want.Minutes && f.Seconds == row.want.Seconds)
-            << row.why;
-        const Ui::TimeConfigDialog *ui = dialog.ui;
-        EXPECT_EQ(ui->MonthComboBox->currentIndex(), row.month) << row.why;
-        EXPECT_EQ(ui->DayComboBox->currentIndex(), row.day) << row.why;
-        EXPECT_EQ(ui->YearComboBox->currentIndex(), row.year) << row.why;
-        EXPECT_EQ(ui->HoursComboBox->currentIndex(), row.hours) << row.why;
-        EXPECT_EQ(ui->MinutesComboBox->currentIndex(), row.minutes) << row.why;
-        EXPECT_EQ(ui->SecondsComboBox->currentIndex(), row.seconds) << row.why;
-    }
-    unsetenv("TZ");
-    tzset();
-}
-
-TEST_F(TimeDialog, EachChoiceGoesToItsField)
-{
-    clock_freeze(astro_test_time(2024, 3, 7, 9, 5, 1));
-    TimeConfigDialog dialog(nullptr, proc().c_str());
-    struct Row
-    {
-        QComboBox *box;
-        int index;
-        int32_t *field;
-        int value;
-    } rows[] = {
-        {dialog.ui->MonthComboBox, 1, &map_date_time.Month, 2},
-        {dialog.ui->DayComboBox, 30, &map_date_time.Day, 31},
-        {dialog.ui->YearComboBox, 47, &map_date_time.Year, 2047},
-        {dialog.ui->HoursComboBox, 23, &map_date_time.Hours, 23},
-        {dialog.ui->MinutesComboBox, 0, &map_date_time.Minutes, 0},
-        {dialog.ui->SecondsComboBox, 59, &map_date_time.Seconds, 59},
-    };
-    for (const Row &row : rows)
-    {
-        row.box->setCurrentIndex(row.index);
-        EXPECT_EQ(*row.field, row.value) << row.box->objectName().toStdString();
-    }
-}
-
-TEST_F(TimeDialog, NoticeShowsWhenNetworkTimeKeepsTheClock)
-{
-    TimeConfigDialog plain(nullptr, proc().c_str());
-    EXPECT_TRUE(plain.ui->NetworkTimeLabel->isHidden());
-
-    QDir().mkpath(QString::fromStdString(proc() + "/77"));
-    FILE *f = fopen((proc() + "/77/comm").c_str(), "w");
-    fputs("chronyd\n", f);
-    fclose(f);
-    TimeConfigDialog kept(nullptr, proc().c_str());
-    EXPECT_FALSE(kept.ui->NetworkTimeLabel->isHidden());
-    EXPECT_EQ(kept.ui->NetworkTimeLabel->text().toStdString(),
-              "The clock is set by network time; a manual setting will be overwritten");
-    QDir(QString::fromStdString(proc() + "/77")).removeRecursively();
-}
-
 // The menu entry runs the dialog; OK sets the clock from the chosen fields,
-// a refusal reaches the status bar, Cancel runs nothing.
+// a refusal reaches the status bar, Cancel runs nothing. The recorder stands
+// in for the command, so the machine's clock is never touched.
 TEST_F(TimeDialog, MenuEntrySetsTheClockFromTheFields)
 {
+    clock_set_runner(record);
     clock_freeze(astro_test_time(2025, 1, 15, 10, 20, 30));
     MainWindow w(0);
     w.timer->stop();
@@ -149,7 +131,6 @@ TEST_F(TimeDialog, MenuEntrySetsTheClockFromTheFields)
         }
     }
     ASSERT_NE(entry, nullptr);
-
     struct Row
     {
         bool accept;
@@ -167,19 +148,18 @@ TEST_F(TimeDialog, MenuEntrySetsTheClockFromTheFields)
         panel_last_status[0] = 0;
         bool accept = row.accept;
         QTimer::singleShot(0,
-                           [accept]()
+                           [accept]
                            {
-                               auto *dialog = qobject_cast<TimeConfigDialog *>(QApplication::activeModalWidget());
-                               ASSERT_NE(dialog, nullptr);
-                               dialog->ui->MonthComboBox->setCurrentIndex(1);
-                               dialog->ui->DayComboBox->setCurrentIndex(30);
-                               accept ? dialog->accept() : dialog->reject();
+                               auto *d = qobject_cast<TimeConfigDialog *>(QApplication::activeModalWidget());
+                               ASSERT_NE(d, nullptr);
+                               d->ui->MonthComboBox->setCurrentIndex(1);
+                               d->ui->DayComboBox->setCurrentIndex(30);
+                               accept ? d->accept() : d->reject();
                            });
         entry->trigger();
         EXPECT_EQ(runs, row.runs);
         EXPECT_STREQ(panel_last_status, row.status);
         EXPECT_EQ(map_date_time.Month * 100 + map_date_time.Day, 231) << "Cancel keeps the chosen fields";
     }
-    std::string date = last_command.words[last_command.count - 1];
-    EXPECT_EQ(date, "023110202025.30") << "31 February goes as chosen";
+    EXPECT_STREQ(last_command.words[last_command.count - 1], "023110202025.30") << "31 February goes as chosen";
 }
