@@ -13,8 +13,8 @@ void precession_equ_of_date(double ra, double dec, double jd, double *ra_date, d
 
 struct Nutation
 {
-    double longitude;  // delta psi, degrees
-    double obliquity;  // delta epsilon, degrees
+    double longitude;      // delta psi, degrees
+    double obliquity;      // delta epsilon, degrees
     double mean_obliquity; // of the ecliptic, degrees
 };
 

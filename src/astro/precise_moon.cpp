@@ -136,10 +136,10 @@ void precise_moon_position(double jd_utc, double latitude, double longitude, dou
 
     // East, north and up at the station, along the normal of the ellipsoid.
     double east = -sind(longitude) * d[0] + cosd(longitude) * d[1];
-    double north = -sind(latitude) * cosd(longitude) * d[0] - sind(latitude) * sind(longitude) * d[1] +
-                   cosd(latitude) * d[2];
-    double up = cosd(latitude) * cosd(longitude) * d[0] + cosd(latitude) * sind(longitude) * d[1] +
-                sind(latitude) * d[2];
+    double north =
+        -sind(latitude) * cosd(longitude) * d[0] - sind(latitude) * sind(longitude) * d[1] + cosd(latitude) * d[2];
+    double up =
+        cosd(latitude) * cosd(longitude) * d[0] + cosd(latitude) * sind(longitude) * d[1] + sind(latitude) * d[2];
     moon->az = fmod(atan2(east, north) * RAD + 360.0, 360.0);
     moon->el = atan2(up, sqrt(east * east + north * north)) * RAD;
     moon->range = sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
@@ -148,8 +148,8 @@ void precise_moon_position(double jd_utc, double latitude, double longitude, dou
     moon->dec = asin(v[2] / moon->distance) * RAD;
     moon->hour_angle = remainder(longitude - atan2(d[1], d[0]) * RAD, 360.0);
 
-    moon->range_rate =
-        (precise_range(after, jd_utc + h, station) - precise_range(before, jd_utc - h, station)) / (2.0 * rate_half_span);
+    moon->range_rate = (precise_range(after, jd_utc + h, station) - precise_range(before, jd_utc - h, station)) /
+                       (2.0 * rate_half_span);
 }
 
 void precise_moon_calculate(const struct tm *utc, double latitude, double longitude, double height, double frequency,

@@ -16,8 +16,8 @@
 #include <libnova/earth.h>
 #include <libnova/julian_day.h>
 #include <libnova/lunar.h>
-#include <libnova/solar.h>
 #include <libnova/nutation.h>
+#include <libnova/solar.h>
 #include <libnova/transform.h>
 
 // Everything a branch needs about the call.
