@@ -62,6 +62,10 @@ int32_t SeiDebug, SeiDebugVerbose;
 
 uint16_t adc_samples[4][5];
 
+WeatherSettings weather = {-1, false, false};
+int16_t temperature_raw;
+uint32_t pressure_raw;
+
 void state_reset(void)
 {
     memset(&settings, 0, sizeof settings);
@@ -113,6 +117,9 @@ void state_reset(void)
     trace_debug = 0;
     SeiDebug = SeiDebugVerbose = 0;
     memset(adc_samples, 0, sizeof adc_samples);
+    weather = {-1, false, false};
+    temperature_raw = 0;
+    pressure_raw = 0;
 }
 
 const char *TimeText(const struct tm *fields)
