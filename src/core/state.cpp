@@ -51,6 +51,7 @@ double dx_latitude, dx_longitude;
 
 int32_t map_time_offset;
 DateTimeFields map_date_time;
+uint8_t map_first_tick = 1;
 
 uint8_t gpredict_running;
 uint8_t pstrotator_running;
@@ -109,6 +110,7 @@ void state_reset(void)
 
     map_time_offset = 0;
     memset(&map_date_time, 0, sizeof map_date_time);
+    map_first_tick = 1;
 
     gpredict_running = pstrotator_running = 0;
     remote_socket[0] = remote_socket[1] = -1;

@@ -222,6 +222,8 @@ extern double dx_latitude, dx_longitude;
 // Time of the sky map and the time dialog.
 extern int32_t map_time_offset;
 extern DateTimeFields map_date_time;
+// 1 until the first timer tick of the first sky map window of the run.
+extern uint8_t map_first_tick;
 
 // Remote links.
 extern uint8_t gpredict_running;
