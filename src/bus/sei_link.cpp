@@ -255,6 +255,23 @@ int sei_open(void)
     return 0;
 }
 
+// What was written must leave before the port goes: the sleep frame sent
+// just before the close would otherwise be thrown away unsent. A line held
+// back by flow control must not hold up the exit, so the wait is bounded by
+// the longest frame's time at the slowest speed.
+static void sei_drain(int fd)
+{
+    for (int waited = 0; waited < 300; waited++)
+    {
+        int queued = 0;
+        if (ioctl(fd, TIOCOUTQ, &queued) != 0 || queued <= 0)
+        {
+            return;
+        }
+        poll(nullptr, 0, 1);
+    }
+}
+
 int sei_close(void)
 {
     sei_save_settings(ini_file_name, &sei_settings);
@@ -264,9 +281,11 @@ int sei_close(void)
     std::lock_guard<std::mutex> hold(sei_mutex);
     if (sei_fd >= 0)
     {
+        sei_drain(sei_fd);
         int lines = TIOCM_DTR;
         ioctl(sei_fd, TIOCMBIC, &lines);
-        tcflush(sei_fd, TCIOFLUSH);
+        // Only what came in is dropped; the output has gone.
+        tcflush(sei_fd, TCIFLUSH);
         ioctl(sei_fd, TIOCNXCL);
         close(sei_fd);
         sei_fd = -1;

@@ -225,3 +225,28 @@ TEST_F(SimBus, ControlCharactersCrossTheLineUnchanged)
         EXPECT_EQ(duty, sim->station.outputs[0].duty[3]) << (int)duty;
     }
 }
+
+// The devices are still busy with the last read when the program goes: the
+// sleep frame must wait in the line for them, not be thrown away at close.
+TEST_F(SimBus, TheSleepFrameOutlivesTheClose)
+{
+    // At 1200 baud the byte takes 8 ms to leave.
+    sei_link_reset();
+    sim->baud = 1200;
+    bus_set_key("BaudRate", "1200");
+    ASSERT_EQ(0, bus_open_on(sim->device));
+    control("late 0 500");
+    uint32_t position = 0;
+    EXPECT_EQ(1, sei_read_position(0, 0, &position));
+    EXPECT_EQ(0, sei_sleep(SEI_BROADCAST));
+    sei_close();
+    int sleeps = 0;
+    for (int i = 0; i < 300 && sleeps == 0; i++)
+    {
+        poll(nullptr, 0, 10);
+        std::lock_guard<std::mutex> hold(sim->lock);
+        sleeps = sim->station.sleep_frames;
+    }
+    EXPECT_EQ(1, sleeps);
+    EXPECT_NE(std::string::npos, control("state").find("\"asleep\":[0,1]"));
+}
