@@ -55,7 +55,7 @@ static void BM_PositionRoundTrip(benchmark::State &state)
     uint32_t position = 0;
     for (auto _ : state)
     {
-        if (sei_read_position(0, 0, &position) != 0)
+        if (sei_read_position(0, 0, 36000, &position) != 0)
         {
             state.SkipWithError("no reply");
             break;

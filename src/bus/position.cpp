@@ -245,7 +245,7 @@ static int position_encoder(AxisState *axis, double *degrees)
     }
     else
     {
-        status = sei_read_position(axis->address, *axis->mode, axis->raw);
+        status = sei_read_position(axis->address, *axis->mode, *axis->resolution, axis->raw);
     }
     if (status != 0)
     {

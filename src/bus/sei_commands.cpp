@@ -48,7 +48,7 @@ int sei_command_frame(int address, int command, const uint8_t *args, int arg_cou
     return 2 + (arg_count > 0 ? arg_count : 0);
 }
 
-int sei_decode_position(uint8_t mode, const uint8_t *reply, int count, uint32_t *position)
+int sei_decode_position(uint8_t mode, uint16_t resolution, const uint8_t *reply, int count, uint32_t *position)
 {
     if (mode & MODE_32BIT)
     {
@@ -59,8 +59,10 @@ int sei_decode_position(uint8_t mode, const uint8_t *reply, int count, uint32_t 
         *position = sei_get_u32(reply);
         return 0;
     }
-    // Some 16-bit encoders answer a small position with one byte only.
-    if (count == 1)
+    // Our station's rule: an encoder whose whole turn fits in one byte may
+    // answer with that byte alone; from any other a lone byte is a reply cut
+    // short, and taking it as a position would swing the antenna.
+    if (count == 1 && resolution >= 1 && resolution <= 256)
     {
         *position = reply[0];
         return 0;
@@ -101,14 +103,14 @@ static int sei_query(int a, int command, uint8_t *reply, int reply_length, int b
     return sei_exchange(frame, length, reply, reply_length, budget);
 }
 
-int sei_read_position(int a, uint8_t mode, uint32_t *position)
+int sei_read_position(int a, uint8_t mode, uint16_t resolution, uint32_t *position)
 {
     uint8_t frame[1] = {sei_first_byte(SEI_CLASS_POSITION, a)};
     uint8_t reply[4];
     int width = (mode & MODE_32BIT) ? 4 : 2;
     int moved = sei_transact(frame, 1, reply, width, SEI_BUDGET_SHORT);
     uint32_t value = 0;
-    int status = moved < 1 ? 1 : sei_decode_position(mode, reply, moved - 1, &value);
+    int status = moved < 1 ? 1 : sei_decode_position(mode, resolution, reply, moved - 1, &value);
     if (status == 0)
     {
         *position = value;

@@ -51,7 +51,7 @@ TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
         Bytes frame;
     };
     const Row rows[] = {
-        {{0x2A}, [&] { return sei_read_position(0, 0x00, &small); }, 0, {0x10}},
+        {{0x2A}, [&] { return sei_read_position(0, 0x00, 256, &small); }, 0, {0x10}},
         {{0x34, 0x12, 0x00}, [&] { return sei_read_adc(0, 2, &adc, &status); }, 0, {0xF0, 0x34, 0x02}},
         {{0xFF, 0xF6, 0x00}, [&] { return sei_read_thermometer(5, &temperature, &status); }, 0, {0xF5, 0x19}},
         {{0x00, 0x00, 0x10, 0x00, 0x01, 0x00}, [&] { return sei_read_ppr(1, &ppr, &level, &status); }, 0, {0xF1, 0x2A}},
@@ -118,6 +118,6 @@ TEST_F(SeiCommands, NoiseIsTakenAsItComesAndTheRestWaits)
     EXPECT_EQ(0, sei_read_resolution(0, &resolution, &status));
     EXPECT_EQ((uint16_t)(noise[0] << 8 | noise[1]), resolution);
     uint32_t position = 0;
-    EXPECT_EQ(0, sei_read_position(0, MODE_32BIT, &position));
+    EXPECT_EQ(0, sei_read_position(0, MODE_32BIT, 36000, &position));
     EXPECT_EQ(sei_get_u32(&noise[3]), position);
 }

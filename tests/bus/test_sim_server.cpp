@@ -10,7 +10,7 @@ TEST_F(SimBus, RepliesTakeTheWireTimeBothWaysAndTheTurnaround)
 {
     uint32_t position = 0;
     int64_t start = clock_monotonic_ms();
-    ASSERT_EQ(0, sei_read_position(0, 0, &position));
+    ASSERT_EQ(0, sei_read_position(0, 0, 36000, &position));
     // One byte out and two back at 1.04 ms each, and 3 ms to turn round.
     EXPECT_GE(clock_monotonic_ms() - start, 6);
 }
@@ -21,7 +21,7 @@ TEST_F(SimBus, AtAnotherSpeedTheDevicesHearOnlyNoise)
     bus_set_key("BaudRate", "19200");
     ASSERT_EQ(0, bus_open_on(sim->device));
     uint32_t position = 7;
-    EXPECT_EQ(1, sei_read_position(0, 0, &position));
+    EXPECT_EQ(1, sei_read_position(0, 0, 36000, &position));
     EXPECT_EQ(7u, position);
     EXPECT_EQ(1, frames_seen("! 10"));
 }
