@@ -337,7 +337,8 @@ int sei_transact(const uint8_t *request, int request_length, uint8_t *reply, int
     {
         memset(reply, 0, (size_t)reply_length);
     }
-    if (sei_fd < 0)
+    // A frame refused for its address has no bytes and never reaches the line.
+    if (sei_fd < 0 || request_length < 1)
     {
         return -1;
     }
