@@ -48,9 +48,8 @@ int sei_load_settings(const char *ini_name, SeiSettings *record)
     SeiDebugVerbose = ini_int(&ini, sei_section, "SeiDebugVerbose", "0");
     ini_text(&ini, sei_section, "PortName", sei_default_port, record->PortName, sizeof record->PortName);
     record->BaudRate = settings_baud_index(ini_int(&ini, sei_section, "BaudRate", "9600"));
-    record->DataBits = ini_int(&ini, sei_section, "DataBits", "8") == 7 ? 0 : 1;
-    double stop = ini_double(&ini, sei_section, "StopBits", "1");
-    record->StopBits = stop == 1.0 ? 0 : stop == 1.5 ? 1 : 2;
+    record->DataBits = settings_data_bits_index(ini_int(&ini, sei_section, "DataBits", "8"));
+    record->StopBits = settings_stop_bits_index(ini_double(&ini, sei_section, "StopBits", "1"));
     record->Parity = settings_parity_index(ini_value(&ini, sei_section, "Parity", "None"));
     record->FlowControl = settings_flow_index(ini_value(&ini, sei_section, "FlowControl", "None"));
     return 0;
@@ -58,19 +57,17 @@ int sei_load_settings(const char *ini_name, SeiSettings *record)
 
 int sei_save_settings(const char *ini_name, const SeiSettings *record)
 {
-    static const char *const stop_words[3] = {"1", "1.5", "2"};
     char path[600];
     settings_path(ini_name, path, sizeof path);
     IniFile ini;
     ini_read(path, &ini);
 
-    int stop = record->StopBits >= 0 && record->StopBits <= 2 ? record->StopBits : 2;
     ini_set_int(&ini, sei_section, "SeiDebug", SeiDebug);
     ini_set_int(&ini, sei_section, "SeiDebugVerbose", SeiDebugVerbose);
     ini_set(&ini, sei_section, "PortName", record->PortName);
     ini_set_int(&ini, sei_section, "BaudRate", settings_baud_rate(record->BaudRate));
-    ini_set_int(&ini, sei_section, "DataBits", record->DataBits == 0 ? 7 : 8);
-    ini_set(&ini, sei_section, "StopBits", stop_words[stop]);
+    ini_set_int(&ini, sei_section, "DataBits", settings_data_bits(record->DataBits));
+    ini_set(&ini, sei_section, "StopBits", settings_stop_bits_text(record->StopBits));
     ini_set(&ini, sei_section, "Parity", settings_parity_text(record->Parity));
     ini_set(&ini, sei_section, "FlowControl", settings_flow_text(record->FlowControl));
     return ini_write(path, &ini) == 0 ? 0 : -1;
