@@ -37,7 +37,7 @@ TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
     EncoderFactoryInfo info = {};
     uint16_t adc = 0, resolution = 1234, reg = 0;
     int16_t temperature = 0;
-    uint32_t small = 0, ppr = 0;
+    uint32_t ppr = 0;
     char twenty[21];
     memset(twenty, 'A', 20);
     twenty[20] = 0;
@@ -51,7 +51,6 @@ TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
         Bytes frame;
     };
     const Row rows[] = {
-        {{0x2A}, [&] { return sei_read_position(0, 0x00, 256, &small); }, 0, {0x10}},
         {{0x34, 0x12, 0x00}, [&] { return sei_read_adc(0, 2, &adc, &status); }, 0, {0xF0, 0x34, 0x02}},
         {{0xFF, 0xF6, 0x00}, [&] { return sei_read_thermometer(5, &temperature, &status); }, 0, {0xF5, 0x19}},
         {{0x00, 0x00, 0x10, 0x00, 0x01, 0x00}, [&] { return sei_read_ppr(1, &ppr, &level, &status); }, 0, {0xF1, 0x2A}},
@@ -90,7 +89,6 @@ TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
         EXPECT_EQ(row.frame, pty_peer_read(&peer, 64, 20)) << "row " << n;
         n++;
     }
-    EXPECT_EQ(42u, small);
     EXPECT_EQ(0x1234, adc);   // least significant byte first
     EXPECT_EQ(-10, temperature);
     EXPECT_EQ(4096u, ppr);
