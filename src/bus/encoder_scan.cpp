@@ -33,7 +33,7 @@ static ScanRow encoder_scan_sei(int a)
         return row;
     }
     row.mode_ok = 1;
-    row.position_ok = sei_read_position(a, e->Mode, &e->Position) == 0;
+    row.position_ok = sei_read_position(a, e->Mode, e->Resolution, &e->Position) == 0;
     row.resolution_ok = sei_read_resolution(a, &e->Resolution, &status) == 0;
     row.info_ok = sei_read_factory_info(a, &e->Info, &crc) == 0;
     return row;

@@ -88,6 +88,7 @@ class MainWindow : public QMainWindow
     bool SetDateTime(void);
     void EncoderScan(void);
     void Calibration(void);
+    void SkyMap(void);
     void About(void);
 
   private:
