@@ -46,22 +46,15 @@ TimeConfigDialog::TimeConfigDialog(QWidget *parent, const char *proc_root)
     ui->NetworkTimeLabel->setText(tr(time_network_notice));
     ui->NetworkTimeLabel->setVisible(clock_network_time_active(proc_root) != 0);
 
-    time_t now = clock_utc() + map_time_offset;
-    struct tm fields;
-    gmtime_r(&now, &fields);
-    map_date_time.Month = fields.tm_mon + 1;
-    map_date_time.Day = fields.tm_mday;
-    map_date_time.Year = fields.tm_year + 1900;
-    map_date_time.Hours = fields.tm_hour;
-    map_date_time.Minutes = fields.tm_min;
-    map_date_time.Seconds = fields.tm_sec;
+    clock_date_fields(clock_utc() + map_time_offset, &map_date_time);
+    const DateTimeFields &f = map_date_time;
     // A year past the list selects nothing; the field keeps the real year.
-    ui->MonthComboBox->setCurrentIndex(fields.tm_mon);
-    ui->DayComboBox->setCurrentIndex(fields.tm_mday - 1);
-    ui->YearComboBox->setCurrentIndex(map_date_time.Year - 2000);
-    ui->HoursComboBox->setCurrentIndex(fields.tm_hour);
-    ui->MinutesComboBox->setCurrentIndex(fields.tm_min);
-    ui->SecondsComboBox->setCurrentIndex(fields.tm_sec);
+    ui->MonthComboBox->setCurrentIndex(f.Month - 1);
+    ui->DayComboBox->setCurrentIndex(f.Day - 1);
+    ui->YearComboBox->setCurrentIndex(f.Year - 2000);
+    ui->HoursComboBox->setCurrentIndex(f.Hours);
+    ui->MinutesComboBox->setCurrentIndex(f.Minutes);
+    ui->SecondsComboBox->setCurrentIndex(f.Seconds);
 
     // Connected after the selection, so that opening changes nothing.
     connect(ui->MonthComboBox, &QComboBox::currentIndexChanged, this, &TimeConfigDialog::MonthChanged);
