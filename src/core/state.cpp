@@ -13,6 +13,7 @@ uint8_t auto_tracking;
 uint8_t park_active;
 uint8_t az_manual, el_manual;
 int32_t az_drive_on, el_drive_on;
+int32_t drive_relay_on[5];
 int32_t az_direction = DIR_STOPPED, el_direction = DIR_STOPPED;
 int32_t az_speed_mode = SPEED_SLOW, el_speed_mode = SPEED_SLOW;
 int32_t az_jog_shade = 1, el_jog_shade = 1;
@@ -70,6 +71,7 @@ void state_reset(void)
     auto_tracking = park_active = 0;
     az_manual = el_manual = 0;
     az_drive_on = el_drive_on = 0;
+    memset(drive_relay_on, 0, sizeof drive_relay_on);
     az_direction = el_direction = DIR_STOPPED;
     az_speed_mode = el_speed_mode = SPEED_SLOW;
     az_jog_shade = el_jog_shade = 1;

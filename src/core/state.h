@@ -175,6 +175,9 @@ extern uint8_t auto_tracking;
 extern uint8_t park_active;
 extern uint8_t az_manual, el_manual;
 extern int32_t az_drive_on, el_drive_on;
+// Each motor relay as last commanded, by port (1 up, 2 down, 3 left, 4
+// right); an axis's drive-on flag is 1 while either of its two is on.
+extern int32_t drive_relay_on[5];
 extern int32_t az_direction, el_direction;
 extern int32_t az_speed_mode, el_speed_mode;
 extern int32_t az_jog_shade, el_jog_shade;

@@ -179,7 +179,11 @@ static void easycomm_axis(const char *letters, const char *format, double antenn
 
 void easycomm_cycle_step(void)
 {
-    int code = easycomm_poll(&easycomm);
+    easycomm_apply(easycomm_poll(&easycomm));
+}
+
+void easycomm_apply(int code)
+{
     switch (code)
     {
     case EASYCOMM_AZ:

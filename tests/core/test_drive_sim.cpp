@@ -1,13 +1,19 @@
 // The drive against the station simulator: its frames in the simulator's
 // log, and the simulated mount driven in closed loop, in simulated time.
 #include "core/drive.h"
+#include "core/panel_slots.h"
 #include "core/state.h"
 #include "drive_recorder.h"
 #include "drive_sim.h"
+#include "remote/easycomm.h"
+#include "remote/rotctl.h"
 #include "support/test_env.h"
 
 #include <cmath>
+#include <cstring>
 #include <gtest/gtest.h>
+#include <random>
+#include <string>
 
 class DriveSimTest : public ::testing::Test
 {
@@ -119,4 +125,173 @@ TEST_F(DriveSimTest, SourceBelowTheHorizonHoldsTheMountUntilItRises)
     run_seconds(60);
     EXPECT_NEAR(sim.station.mount.az, 120, 0.3);
     EXPECT_NEAR(sim.station.mount.el, 30, 0.3);
+}
+
+// A station's worth of buttons and remote commands in random order, on axes
+// that are relay-only, PWM or braked, checked after every action and every
+// tick: an axis never has both directions closed, and an axis the program
+// holds to be stopped has both relays open.
+class DriveRelayProperty : public DriveSimTest
+{
+  protected:
+    std::mt19937 random;
+
+    int pick(int n)
+    {
+        return std::uniform_int_distribution<int>(0, n - 1)(random);
+    }
+    double angle(double low, double high)
+    {
+        return std::uniform_real_distribution<double>(low, high)(random);
+    }
+    void station(unsigned seed)
+    {
+        random.seed(seed);
+        settings.AzimuthPwmActive = pick(2);
+        settings.ElevationPwmActive = pick(2);
+        settings.az_brake_enabled = pick(3) == 0;
+        settings.el_brake_enabled = pick(3) == 0;
+        settings.AzimuthPwmActive &= !settings.az_brake_enabled;
+        settings.ElevationPwmActive &= !settings.el_brake_enabled;
+        settings.az_brake_delay = settings.el_brake_delay = 300;
+        settings.AzimuthGuardTime = settings.ElevationGuardTime = 0.5 * (1 + pick(4));
+        sim.station.mount.coast_ms = 300;
+        sim.station.mount.az = angle(20, 340);
+        sim.station.mount.el = angle(5, 85);
+    }
+    // A new target through the selected source, as its own link brings it.
+    void new_target()
+    {
+        char text[48];
+        double az = angle(5, 355), el = angle(2, 88);
+        switch (settings.TrackingSource)
+        {
+        case SOURCE_GPREDICT:
+            snprintf(text, sizeof text, "P %.2f %.2f\n", az, el);
+            rotctl_command_text(text);
+            break;
+        case SOURCE_EASYCOMM:
+            snprintf(text, sizeof text, "AZ%.1f", az);
+            easycomm_word(text);
+            snprintf(text, sizeof text, "EL%.1f", el);
+            easycomm_word(text);
+            break;
+        default:
+            source_table[SOURCE_USER_AZEL].az = az;
+            source_table[SOURCE_USER_AZEL].el = el;
+            break;
+        }
+    }
+    static void rotctl_command_text(const char *request)
+    {
+        char reply[64];
+        rotctl_handle(request, (int)strlen(request), reply, sizeof reply);
+    }
+    static void easycomm_word(const char *word)
+    {
+        text_copy(easycomm.command, sizeof easycomm.command, word);
+        easycomm_apply(easycomm_parse(&easycomm, easycomm.command));
+    }
+    void act(int action)
+    {
+        static const int sources[3] = {SOURCE_USER_AZEL, SOURCE_GPREDICT, SOURCE_EASYCOMM};
+        static void (*const buttons[])(void) = {
+            drive_auto_pressed,      drive_park_pressed,  drive_stop_pressed,  drive_az_manual_pressed,
+            drive_el_manual_pressed, drive_left_pressed,  drive_right_pressed, drive_up_pressed,
+            drive_down_pressed,
+        };
+        const int button_count = (int)(sizeof buttons / sizeof buttons[0]);
+        if (action < button_count)
+        {
+            buttons[action]();
+            return;
+        }
+        switch (action - button_count)
+        {
+        case 0:
+            settings.AzimuthJogEnable = !settings.AzimuthJogEnable;
+            settings.ElevationJogEnable = (uint8_t)pick(2);
+            break;
+        case 1:
+            easycomm_word("SA");
+            break;
+        case 2:
+            easycomm_word("SE");
+            break;
+        case 3:
+            rotctl_command_text("S\n");
+            break;
+        case 4:
+            settings.TrackingSource = sources[pick(3)];
+            panel_setup_tracking_source();
+            break;
+        default:
+            new_target();
+            break;
+        }
+    }
+    // The row of the selected source reaches the drive's target, as the
+    // display group hands it over.
+    void hand_over()
+    {
+        source_az = source_table[settings.TrackingSource].az;
+        source_el = source_table[settings.TrackingSource].el;
+        source_table[SOURCE_USER_AZEL].above_horizon = 1;
+        source_table[SOURCE_USER_AZEL].az_tracking_enable = source_table[SOURCE_USER_AZEL].el_tracking_enable = 1;
+        source_table[SOURCE_GPREDICT].above_horizon = source_table[SOURCE_EASYCOMM].above_horizon = 1;
+    }
+    void check_axis(const char *name, int address, int low_port, int high_port, int direction, int drive_on,
+                    const std::string &trail)
+    {
+        const uint8_t *relay = sim.station.outputs[address].relay;
+        ASSERT_FALSE(relay[low_port] && relay[high_port]) << name << ": both directions closed after " << trail;
+        if (direction == DIR_STOPPED || !drive_on)
+        {
+            ASSERT_FALSE(relay[low_port] || relay[high_port])
+                << name << " held stopped with a relay closed after " << trail;
+        }
+        else
+        {
+            ASSERT_TRUE(relay[direction == DIR_LEFT ? low_port : high_port])
+                << name << " held running with its relay open after " << trail;
+        }
+    }
+    void check(const std::string &trail)
+    {
+        check_axis("azimuth", settings.AZ_Addr, 3, 4, az_direction, az_drive_on, trail);
+        check_axis("elevation", settings.EL_Addr, 1, 2, el_direction, el_drive_on, trail);
+    }
+};
+
+TEST_F(DriveRelayProperty, NoRelayLeftClosedWhateverTheOrderOfCommands)
+{
+    const int actions = 9 + 6;
+    for (unsigned seed = 1; seed <= 40; seed++)
+    {
+        drive_sim_stop();
+        SetUp();
+        station(seed);
+        std::string trail = "seed " + std::to_string(seed) + ":";
+        for (int n = 0; n < 120 && !HasFatalFailure(); n++)
+        {
+            int action = pick(actions + 3);
+            if (action >= actions)
+            {
+                // Time passes: a few drive steps, or long enough to arrive.
+                int ticks = action == actions ? 2 : pick(2) ? 1 + pick(20) : 200;
+                trail += " run" + std::to_string(ticks);
+                for (int t = 0; t < ticks && !HasFatalFailure(); t++)
+                {
+                    hand_over();
+                    drive_sim_tick(&sim);
+                    check(trail);
+                }
+                continue;
+            }
+            trail += " " + std::to_string(action);
+            act(action);
+            hand_over();
+            check(trail);
+        }
+    }
 }
