@@ -689,9 +689,7 @@ void drive_step(int source, int through_north, int az_limit_hit, int el_limit_hi
     // a running motor through the stop rule.
     az_error = 0;
     el_error = 0;
-    static const SourceRecord no_row = {};
-    const SourceRecord *row = source >= 0 && source < SOURCE_COUNT ? &source_table[source] : &no_row;
-    drive_targets(row, through_north, az_ok, el_ok);
+    drive_targets(source_row(source), through_north, az_ok, el_ok);
 
     if (!az_manual)
     {

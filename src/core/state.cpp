@@ -63,6 +63,17 @@ int32_t SeiDebug, SeiDebugVerbose;
 
 uint16_t adc_samples[4][5];
 
+SourceRecord *source_row(int source)
+{
+    static SourceRecord scratch;
+    if (source >= 0 && source < SOURCE_COUNT)
+    {
+        return &source_table[source];
+    }
+    memset(&scratch, 0, sizeof scratch);
+    return &scratch;
+}
+
 void state_reset(void)
 {
     memset(&settings, 0, sizeof settings);

@@ -236,6 +236,12 @@ extern int32_t SeiDebug, SeiDebugVerbose;
 // Analogue samples of the four ADC channels, cleared at start.
 extern uint16_t adc_samples[4][5];
 
+// The row of a source. A TrackingSource from a hand-edited file may name no
+// row: it gets a scratch row of zeros, cleared at each call, which is below
+// the horizon and enables nothing, so nothing tracks it and the panel shows
+// its zeros.
+SourceRecord *source_row(int source);
+
 // Put every record above back to its start value.
 void state_reset(void);
 

@@ -136,7 +136,7 @@ TEST_F(Stations, HomeFieldsGoThroughTheirEditorsIntoTheRecord)
 TEST_F(Stations, DegreesMinutesSecondsMakeThePosition)
 {
     HomeStationDialog dialog;
-    answer({"45", "30", "36", "122", "15", "0"});
+    answer({"45", "0000000030", "36", "122", "15", "0"});
     touch(dialog.ui->LatitudeDegEdit);
     touch(dialog.ui->LatitudeMinEdit);
     EXPECT_EQ(10, enter_last_max_length);
