@@ -6,6 +6,7 @@
 #include "core/mainwindow.h"
 #include "core/panel_seam.h"
 #include "core/state.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 #include "widgets/enter.h"
 #include "widgets/keypad_dialog.h"

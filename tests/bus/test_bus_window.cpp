@@ -5,7 +5,7 @@
 #include "core/clock.h"
 #include "core/drive.h"
 #include "core/mainwindow.h"
-#include "core/panel_seam.h"
+#include "support/panel_record.h"
 #include "core/settings.h"
 
 #include <cstring>

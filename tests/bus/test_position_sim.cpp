@@ -2,7 +2,7 @@
 
 #include "bus/position.h"
 #include "bus/sei_commands.h"
-#include "core/panel_seam.h"
+#include "support/panel_record.h"
 #include "core/position_group.h"
 
 TEST_F(SimBus, SeiEncodersReadTheMountWithOneSetUpAndOnePositionFramePerAxis)

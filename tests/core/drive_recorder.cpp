@@ -2,7 +2,7 @@
 
 #include "core/clock.h"
 #include "core/drive.h"
-#include "core/panel_seam.h"
+#include "support/panel_record.h"
 #include "core/settings.h"
 #include "core/state.h"
 

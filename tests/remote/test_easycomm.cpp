@@ -4,6 +4,7 @@
 #include "core/settings.h"
 #include "core/state.h"
 #include "pty_pair.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 
 #include <QSerialPort>

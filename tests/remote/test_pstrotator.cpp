@@ -4,6 +4,7 @@
 #include "core/state.h"
 #include "remote/net.h"
 #include "remote_peer.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 
 #include <cstring>

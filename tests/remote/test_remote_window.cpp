@@ -15,6 +15,7 @@
 #include "remote/remote_services.h"
 #include "remote/rotctl.h"
 #include "remote_peer.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 #include "ui_mainwindow.h"
 

@@ -1,6 +1,6 @@
 #include "rig/doppler.h"
 
-#include "core/panel_seam.h"
+#include "support/panel_record.h"
 #include "rig_sim_fixture.h"
 #include "rig_test_files.h"
 

@@ -2,6 +2,7 @@
 #include "core/panel.h"
 #include "core/panel_seam.h"
 #include "core/state.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 #include "ui_dx_station_dialog.h"
 #include "ui_home_station_dialog.h"
