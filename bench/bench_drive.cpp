@@ -132,7 +132,6 @@ static void BM_TrackingHourMoon(benchmark::State &state)
         state_reset();
         drive_test_settings();
         drive_sim_start(&sim);
-        sim.station.mount.coast_ms = 400;
         settings.Latitude = latitude;
         settings.Longitude = longitude;
         settings.TrackingSource = SOURCE_MOON;

@@ -1,13 +1,15 @@
 // morvane-sim: the station's bus devices on a pseudo-terminal, for trying
 // Morvane without hardware and for the demo.
 //
-//   morvane-sim [--link PATH] [--az DEG] [--el DEG] [--control SOCKET] [--baud N] [--log FILE]
+//   morvane-sim [--link PATH] [--az DEG] [--el DEG] [--control SOCKET] [--baud N] [--instant] [--log FILE]
 //   morvane-sim --ask SOCKET LINE...
 //
 // It prints the device path of its end of the line and then takes control
-// lines (see sim/control.h) on standard input, or on the Unix socket of
-// --control, answering each with one line. --ask sends one line to a running
-// simulator's socket and prints the answer.
+// lines (see sim/control.h, or "help") on standard input, or on the Unix
+// socket of --control, answering each with one line. --ask sends one line to
+// a running simulator's socket and prints the answer. The devices talk at
+// --baud (9600), with each byte's wire time and a few milliseconds of
+// turnaround; --instant answers at once, for measuring the program alone.
 #include "sim/control.h"
 #include "sim/pty_server.h"
 
@@ -30,7 +32,7 @@ static void sim_on_signal(int)
 static void sim_usage(void)
 {
     fprintf(stderr, "usage: morvane-sim [--link PATH] [--az DEG] [--el DEG] [--control SOCKET] [--baud N] "
-                    "[--log FILE]\n       morvane-sim --ask SOCKET LINE...\n");
+                    "[--instant] [--log FILE]\n       morvane-sim --ask SOCKET LINE...\n");
 }
 
 static int sim_socket_address(const char *path, struct sockaddr_un *address)
@@ -160,6 +162,11 @@ int main(int argc, char **argv)
         if (strcmp(argv[i], "--ask") == 0 && value)
         {
             return sim_ask(value, argc - i - 2, argv + i + 2);
+        }
+        if (strcmp(argv[i], "--instant") == 0)
+        {
+            server.instant = 1;
+            continue;
         }
         if (!value)
         {

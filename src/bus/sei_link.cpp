@@ -151,12 +151,14 @@ static void sei_log_close(void)
 
 void sei_line_termios(const SeiSettings *s, struct termios *tio)
 {
-    tcflag_t kept_iflag = tio->c_iflag & (IXON | IXOFF | IXANY);
-    tcflag_t kept_cflag = tio->c_cflag & CRTSCTS;
-    cfmakeraw(tio);
-    tio->c_iflag = (tio->c_iflag & ~(IXON | IXOFF | IXANY | INPCK)) | kept_iflag;
-    tio->c_cflag = (tio->c_cflag & ~(CSIZE | PARENB | PARODD | CMSPAR | CSTOPB | CRTSCTS)) | kept_cflag;
-    tio->c_cflag |= CREAD | CLOCAL | (s->DataBits == 0 ? CS7 : CS8);
+    // Every byte of the bus is data, whatever the port was left with: an XON
+    // or XOFF in a reply must not be taken as flow control (an XOFF would hold
+    // back the next stop frame for good), nor a carriage return as a newline.
+    // No input, output or local processing at all, and parity goes unchecked.
+    tio->c_iflag = 0;
+    tio->c_oflag = 0;
+    tio->c_lflag = 0;
+    tio->c_cflag = CREAD | CLOCAL | (s->DataBits == 0 ? CS7 : CS8);
     switch (s->Parity)
     {
     case 1:
@@ -178,6 +180,13 @@ void sei_line_termios(const SeiSettings *s, struct termios *tio)
     if (s->StopBits != 0)
     {
         tio->c_cflag |= CSTOPB;
+    }
+    // Our station's rule: an RS485 adapter that wants RTS/CTS gets it when
+    // the section asks for "Hardware". Software flow control cannot work on
+    // a binary bus, so "Software" and "Custom" stay kept-only.
+    if (s->FlowControl == 1)
+    {
+        tio->c_cflag |= CRTSCTS;
     }
     // Reads never block here: sei_transact waits for each byte with poll.
     tio->c_cc[VMIN] = 0;

@@ -18,7 +18,7 @@ struct SeiSettings
     int32_t DataBits;    // 0 is 7 bits, 1 is 8
     int32_t StopBits;    // 0 is 1, 1 is 1.5, 2 is 2
     int32_t Parity;      // None, Odd, Even, Mark, Space
-    int32_t FlowControl; // kept and written back, never applied to the port
+    int32_t FlowControl; // kept and written back; only hardware flow control is applied
 };
 
 extern SeiSettings sei_settings;
@@ -48,7 +48,7 @@ void sei_log(const char *format, ...) __attribute__((format(printf, 1, 2)));
 // The line's speed in baud for a speed index as the port is set to it: index
 // 4 (14400) and anything outside the table run at 9600.
 int sei_port_baud(int index);
-// The port's settings changed to this line: raw bytes at the speed, size,
-// parity and stop bits of the record. Flow control stays as the port had it,
-// since the section's FlowControl is only kept.
+// The port's settings made this line, whatever they were: raw bytes at the
+// speed, size, parity and stop bits of the record, RTS/CTS only when the
+// record asks for hardware flow control, never XON/XOFF.
 void sei_line_termios(const SeiSettings *record, struct termios *tio);

@@ -1,4 +1,4 @@
-#include "pty_peer.h"
+#include "sim_fixture.h"
 #include "support/test_env.h"
 
 #include "bus/sei_commands.h"
@@ -92,17 +92,21 @@ TEST_F(SeiLink, FailedOpenSavesTheDefaultsAndTheClosedPortFailsAtOnce)
 }
 
 // A pseudo-terminal always runs 8 bits without parity, so the frame format is
-// checked on the settings the port is given.
-TEST(SeiLineSettings, SizeParityStopBitsAndKeptFlowControl)
+// checked on the settings the port is given, starting from what the kernel
+// gives a new terminal and a port left with every flag set.
+TEST(SeiLineSettings, RawFromAnyPreviousStateWithHardwareFlowOnlyWhenAsked)
 {
     struct Row
     {
-        int data, parity, stop;
+        int data, parity, stop, flow;
         tcflag_t want;
     };
     const Row rows[] = {
-        {1, 0, 0, CS8}, {0, 2, 0, CS7 | PARENB}, {1, 1, 2, CS8 | PARENB | PARODD | CSTOPB},
-        {1, 3, 1, CS8 | PARENB | PARODD | CMSPAR | CSTOPB}, {1, 4, 0, CS8 | PARENB | CMSPAR},
+        {1, 0, 0, 0, CS8},
+        {0, 2, 0, 2, CS7 | PARENB},
+        {1, 1, 2, 1, CS8 | PARENB | PARODD | CSTOPB | CRTSCTS},
+        {1, 3, 1, 3, CS8 | PARENB | PARODD | CMSPAR | CSTOPB},
+        {1, 4, 0, 0, CS8 | PARENB | CMSPAR},
     };
     for (const Row &row : rows)
     {
@@ -110,15 +114,17 @@ TEST(SeiLineSettings, SizeParityStopBitsAndKeptFlowControl)
         s.DataBits = row.data;
         s.Parity = row.parity;
         s.StopBits = row.stop;
+        s.FlowControl = row.flow;
         s.BaudRate = 5;
         struct termios tio = {};
-        tio.c_cflag = CRTSCTS | PARENB;
-        tio.c_iflag = IXON | INPCK;
-        tio.c_lflag = ICANON | ECHO;
+        tio.c_cflag = CRTSCTS | PARENB | HUPCL;
+        tio.c_iflag = ICRNL | IXON | IXOFF | IXANY | INPCK | ISTRIP | IMAXBEL | BRKINT;
+        tio.c_oflag = OPOST | ONLCR;
+        tio.c_lflag = ISIG | ICANON | ECHO | ECHOE | IEXTEN;
         sei_line_termios(&s, &tio);
-        EXPECT_EQ(row.want, tio.c_cflag & (CSIZE | PARENB | PARODD | CMSPAR | CSTOPB)) << row.data << row.parity;
-        EXPECT_TRUE((tio.c_cflag & CRTSCTS) && (tio.c_iflag & IXON));
-        EXPECT_FALSE((tio.c_iflag & INPCK) || (tio.c_lflag & (ICANON | ECHO)));
+        EXPECT_EQ(row.want, tio.c_cflag & (CSIZE | PARENB | PARODD | CMSPAR | CSTOPB | CRTSCTS))
+            << row.data << row.parity << row.stop << row.flow;
+        EXPECT_EQ(0u, tio.c_iflag | tio.c_oflag | tio.c_lflag);
         EXPECT_EQ((speed_t)B19200, cfgetospeed(&tio));
     }
 }
@@ -184,4 +190,38 @@ TEST_F(SeiLink, DebugAloneWritesExactlyTheHeader)
     EXPECT_EQ("Log created: Tue Nov 14 22:13:20 2023\n"
               "=============================================\n",
               sei_debug_log());
+}
+
+// The simulator leaves its end as the kernel sets up a new terminal; the
+// program's own setup must make every byte pass as it is, in both directions.
+TEST_F(SimBus, ControlCharactersCrossTheLineUnchanged)
+{
+    SimServer fresh;
+    sim_station_init(&fresh.station);
+    ASSERT_EQ(0, sim_server_start(&fresh, nullptr));
+    struct termios tio;
+    ASSERT_EQ(0, tcgetattr(fresh.slave_keep, &tio));
+    sim_server_stop(&fresh);
+    EXPECT_TRUE((tio.c_iflag & (IXON | ICRNL)) && (tio.c_oflag & OPOST) && (tio.c_lflag & (ICANON | ECHO)));
+
+    // Positions whose two bytes are 0x0A 0x0D, 0x7F 0x03, XOFF then XON, XON.
+    const struct
+    {
+        const char *angle;
+        uint32_t counts;
+    } readings[] = {{"25.73", 0x0A0D}, {"325.15", 0x7F03}, {"48.81", 0x1311}, {"44.32", 0x1150}};
+    for (const auto &r : readings)
+    {
+        control((std::string("set az ") + r.angle).c_str());
+        uint32_t position = 0;
+        EXPECT_EQ(0, sei_read_position(0, 0, &position)) << r.angle;
+        EXPECT_EQ(r.counts, position) << r.angle;
+    }
+    uint8_t status = 0;
+    for (uint8_t duty : {0x03, 0x0A, 0x0D, 0x11, 0x13, 0x7F})
+    {
+        EXPECT_EQ(0, sei_pwm_control(0, 3, duty, &status)) << (int)duty;
+        std::lock_guard<std::mutex> hold(sim->lock);
+        EXPECT_EQ(duty, sim->station.outputs[0].duty[3]) << (int)duty;
+    }
 }

@@ -142,3 +142,79 @@ TEST_F(SimDevices, HostileSwitchesShapeTheReplies)
     EXPECT_EQ(2u, ask({0x10}).size());
     EXPECT_EQ(250, delay);
 }
+
+TEST_F(SimDevices, OnlyFittedBoardsSwitchAndTheyCountOnTimeAndSwitchings)
+{
+    play({
+        {nullptr, {0xF2, 0x32, 0x04, 0x01}, {}}, // an encoder but no board at 2
+        {"board 2 on", {0xF2, 0x32, 0x04, 0x01}, {0x00}},
+        {nullptr, {0xF0, 0x32, 0x03, 0x01}, {0x00}},
+        {nullptr, {0xF0, 0x32, 0x03, 0x01}, {0x00}}, // closed again: no switching
+    });
+    sim_station_advance(&s, 1500);
+    play({{nullptr, {0xF0, 0x32, 0x03, 0x00}, {0x00}}});
+    sim_station_advance(&s, 500);
+    EXPECT_EQ(1500, s.outputs[0].relay_on_ms[3]);
+    EXPECT_EQ(2, s.outputs[0].relay_switches[3]);
+    EXPECT_EQ(2000, s.outputs[2].relay_on_ms[4]);
+    EXPECT_NE(std::string::npos, control("state").find("\"on_ms\":[0,0,1500,0],\"switches\":[0,0,2,0]"));
+}
+
+TEST_F(SimDevices, BroadcastFramesAreObeyedAndAnsweredByEveryDeviceAtOnce)
+{
+    control("set az 180"); // 0x4650
+    control("set el 30");  // 0x0BB8
+    play({
+        {nullptr, {0x1F}, {0x02, 0x10}},            // the two encoders' bits run together
+        {nullptr, {0xFF, 0x32, 0x04, 0x01}, {0x00}}, // both boards answer alike
+        {nullptr, {0x5F}, {}},
+        {nullptr, {0x10}, {}},
+    });
+    EXPECT_EQ(1, s.outputs[0].relay[4]);
+    EXPECT_EQ(1, s.outputs[1].relay[4]);
+    EXPECT_EQ(1, s.sleep_frames);
+}
+
+TEST_F(SimDevices, SeededLineFaultsAndAStuckEncoder)
+{
+    control("set az 180");
+    control("loss 0 1");
+    EXPECT_EQ(Bytes(), ask({0x10}));
+    control("loss 0 0");
+    control("corrupt 0 1");
+    Bytes bent = ask({0x10});
+    ASSERT_EQ(2u, bent.size());
+    EXPECT_EQ(1, __builtin_popcount(bent[0] ^ 0x46));
+    EXPECT_EQ(1, __builtin_popcount(bent[1] ^ 0x50));
+    control("corrupt 0 0");
+    control("stray 0 1");
+    Bytes stray = ask({0x10});
+    ASSERT_EQ(4u, stray.size());
+    EXPECT_EQ(0x46, stray[0]);
+    EXPECT_EQ(0x50, stray[2]);
+    // The same seed gives the same faults.
+    control("stray 0 0.5");
+    control("seed 7");
+    Bytes first = ask({0x10});
+    control("seed 7");
+    EXPECT_EQ(first, ask({0x10}));
+    EXPECT_EQ(0u, control("loss 0 1.5").find("error"));
+    control("stray 0 0");
+
+    control("stall az on");
+    control("set az 200");
+    EXPECT_EQ(Bytes({0x46, 0x50}), ask({0x10})) << "the count stays where it stuck";
+    EXPECT_NE(std::string::npos, control("state").find("\"stalled\":{\"az\":1,\"el\":0}"));
+    control("stall az off");
+    EXPECT_EQ(Bytes({0x4E, 0x20}), ask({0x10}));
+}
+
+TEST_F(SimDevices, AnEncoderOfAtMost256CountsAnswersOneByte)
+{
+    play({
+        {"set az 180", {0xF0, 0x0A, 0x01, 0x00}, {0x00}},
+        {nullptr, {0x10}, {0x80}},
+        {nullptr, {0xF0, 0x0A, 0x01, 0x01}, {0x00}},
+        {nullptr, {0x10}, {0x00, 0x80}},
+    });
+}

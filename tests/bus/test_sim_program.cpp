@@ -26,8 +26,9 @@ static std::string home_file(const char *name)
 
 TEST(SimProgram, StandardInputAnswersOneLineEachAndEndsAtQuitOrEndOfInput)
 {
-    ASSERT_EQ(0, sim_script("printf \"state\\nweather temperature -3.5\\nswitch up pressed\\nstate\\nnonsense\\n"
-                            "display\\nquit\\n\" | $SIM --link $H/sim-link --az 12.5 --el 7 > $H/out"));
+    ASSERT_EQ(0,
+              sim_script("printf \"state\\nweather temperature -3.5\\nswitch up pressed\\nstate\\nnonsense\\n"
+                         "display\\nhelp\\nquit\\n\" | $SIM --link $H/sim-link --az 12.5 --el 7 --instant > $H/out"));
     std::string out = home_file("out");
     EXPECT_EQ(0u, out.find("/dev/pts/"));
     EXPECT_NE(std::string::npos, out.find("\"az\":12.500"));
@@ -36,6 +37,7 @@ TEST(SimProgram, StandardInputAnswersOneLineEachAndEndsAtQuitOrEndOfInput)
     EXPECT_NE(std::string::npos, out.find("\"up\":1"));
     EXPECT_NE(std::string::npos, out.find("\nerror"));
     EXPECT_NE(std::string::npos, out.find("\n["));
+    EXPECT_NE(std::string::npos, out.find("| stall az|el on|off |"));
     EXPECT_EQ(out.size() - 4, out.rfind("bye\n"));
     // The link is removed at the exit.
     EXPECT_NE(0, sim_script("test -L $H/sim-link"));

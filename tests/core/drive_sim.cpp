@@ -6,7 +6,6 @@
 #include "core/drive.h"
 #include "core/position_group.h"
 #include "core/state.h"
-#include "sim/mount.h"
 
 #include <cmath>
 
@@ -47,7 +46,7 @@ static int sim_pwm(int address, uint8_t port, uint8_t duty, uint8_t *status)
 // A sleep blocks the program but not the mount: a jog pulse moves it.
 static void sim_sleep(int ms)
 {
-    mount_advance(&active->station.mount, active->station.outputs, ms);
+    sim_station_advance(&active->station, ms);
     active->ms += ms;
 }
 
@@ -72,19 +71,20 @@ void drive_sim_stop(void)
 
 void drive_sim_tick(DriveSim *sim)
 {
-    mount_advance(&sim->station.mount, sim->station.outputs, CYCLE_TICK_MS);
+    sim_station_advance(&sim->station, CYCLE_TICK_MS);
     sim->ms += CYCLE_TICK_MS;
     cycle_guard_timers();
     if (sim->tick++ % 2 == 1)
     {
-        // The encoder turns with the mount and reads 0 to 360 whichever way
-        // it passed north.
+        // The encoder turns with the mount (unless it stuck) and reads 0 to
+        // 360 whichever way it passed north.
         // A failed read keeps the last good position, as the position group does.
+        double az = sim_axis_reading(&sim->station, SIM_AXIS_AZ);
         if (!sim->az_read_fails)
         {
-            az_position = std::round(std::fmod(sim->station.mount.az + 360, 360) * 100) / 100;
+            az_position = std::round(std::fmod(az + 360, 360) * 100) / 100;
         }
-        el_position = std::round(sim->station.mount.el * 100) / 100;
+        el_position = std::round(sim_axis_reading(&sim->station, SIM_AXIS_EL) * 100) / 100;
         az_read_status = sim->az_read_fails ? 1 : 0;
         int through_north = settings.AzimuthLimitMin > settings.AzimuthLimitMax;
         int az_hit = position_az_limit_hit(az_position, settings.AzimuthLimitMin, settings.AzimuthLimitMax);

@@ -20,26 +20,63 @@ static void sim_append(char *out, int size, int *used, const char *format, ...)
     *used = n < 0 ? *used : (*used + n < size ? *used + n : size - 1);
 }
 
-void sim_state_json(const SimStation *s, char *reply, int size)
+// The list of a board's four ports, as one JSON array.
+static void sim_ports_json(char *reply, int size, int *used, const char *name, const long long values[SIM_PORTS])
 {
-    int used = 0;
-    sim_append(reply, size, &used,
-               "{\"az\":%.3f,\"el\":%.3f,\"az_rate\":%.3f,\"el_rate\":%.3f,\"line\":\"%s\",\"outputs\":[", s->mount.az,
-               s->mount.el, s->mount.az_rate, s->mount.el_rate, s->line_dropped ? "dropped" : "up");
+    sim_append(reply, size, used, ",\"%s\":[%lld,%lld,%lld,%lld]", name, values[1], values[2], values[3], values[4]);
+}
+
+static void sim_outputs_json(const SimStation *s, char *reply, int size, int *used)
+{
     int first = 1;
+    sim_append(reply, size, used, ",\"outputs\":[");
     for (int a = 0; a < SIM_ADDRESSES; a++)
     {
         const SimOutputs *o = &s->outputs[a];
-        if (s->encoders[a].kind == SIM_DEVICE_NONE)
+        if (!o->present)
         {
             continue;
         }
-        sim_append(reply, size, &used, "%s{\"addr\":%d,\"relay\":[%d,%d,%d,%d],\"pwm\":[%d,%d,%d,%d],\"asleep\":%d}",
-                   first ? "" : ",", a, o->relay[1], o->relay[2], o->relay[3], o->relay[4], o->duty[1], o->duty[2],
-                   o->duty[3], o->duty[4], s->encoders[a].asleep);
+        long long relay[SIM_PORTS], duty[SIM_PORTS], on_ms[SIM_PORTS], switches[SIM_PORTS];
+        for (int p = 0; p < SIM_PORTS; p++)
+        {
+            relay[p] = o->relay[p];
+            duty[p] = o->duty[p];
+            on_ms[p] = o->relay_on_ms[p];
+            switches[p] = o->relay_switches[p];
+        }
+        sim_append(reply, size, used, "%s{\"addr\":%d", first ? "" : ",", a);
+        sim_ports_json(reply, size, used, "relay", relay);
+        sim_ports_json(reply, size, used, "pwm", duty);
+        sim_ports_json(reply, size, used, "on_ms", on_ms);
+        sim_ports_json(reply, size, used, "switches", switches);
+        sim_append(reply, size, used, "}");
         first = 0;
     }
-    sim_append(reply, size, &used, "],\"switches\":{\"left\":%d,\"right\":%d,\"up\":%d,\"down\":%d}",
+    sim_append(reply, size, used, "],\"asleep\":[");
+    first = 1;
+    for (int a = 0; a < SIM_ADDRESSES; a++)
+    {
+        if (s->encoders[a].asleep)
+        {
+            sim_append(reply, size, used, "%s%d", first ? "" : ",", a);
+            first = 0;
+        }
+    }
+    sim_append(reply, size, used, "]");
+}
+
+void sim_state_json(const SimStation *s, char *reply, int size)
+{
+    const SimMount *m = &s->mount;
+    int used = 0;
+    sim_append(reply, size, &used,
+               "{\"az\":%.3f,\"el\":%.3f,\"az_rate\":%.3f,\"el_rate\":%.3f,\"az_stop_hits\":%d,"
+               "\"el_stop_hits\":%d,\"stalled\":{\"az\":%d,\"el\":%d},\"line\":\"%s\",\"sleeps\":%d",
+               m->az, m->el, m->az_rate, m->el_rate, m->az_stop_hits, m->el_stop_hits, s->stalled[SIM_AXIS_AZ],
+               s->stalled[SIM_AXIS_EL], s->line_dropped ? "dropped" : "up", s->sleep_frames);
+    sim_outputs_json(s, reply, size, &used);
+    sim_append(reply, size, &used, ",\"switches\":{\"left\":%d,\"right\":%d,\"up\":%d,\"down\":%d}",
                s->switch_pressed[0], s->switch_pressed[1], s->switch_pressed[2], s->switch_pressed[3]);
     sim_append(reply, size, &used, ",\"adc\":[%.3f,%.3f,%.3f,%.3f]", s->adc_volts[0], s->adc_volts[1], s->adc_volts[2],
                s->adc_volts[3]);
@@ -81,6 +118,13 @@ static void sim_frames_json(const SimStation *s, char *reply, int size)
     sim_append(reply, size, &used, "]");
 }
 
+static const char *const sim_help_text =
+    "state | frames | display | help | quit | set az|el DEG | set az_speed|el_speed DPS | set az_accel|el_accel DPS2 "
+    "| set coast DEG | set min_duty PCT | set az_pwm|el_pwm 0|1 | set az_min|az_max|el_min|el_max DEG "
+    "| stall az|el on|off | board ADDR on|off | silent ADDR on|off | short ADDR on|off | late ADDR MS "
+    "| loss|corrupt|stray ADDR RATE | seed N | drop [on|off] | disconnect ADDR on|off | mode ADDR M "
+    "| weather NAME VALUE | adc CHANNEL VOLTS | switch N pressed|released";
+
 static int sim_on_off(const char *word)
 {
     return word && (strcmp(word, "on") == 0 || strcmp(word, "1") == 0) ? 1 : 0;
@@ -110,36 +154,52 @@ static int sim_switch_index(const char *word)
     return -1;
 }
 
+// The mount's settings by name, for "set NAME VALUE".
+static const struct
+{
+    const char *name;
+    double SimMount::*field;
+} sim_mount_settings[] = {
+    {"az", &SimMount::az},
+    {"el", &SimMount::el},
+    {"az_speed", &SimMount::az_top_speed},
+    {"el_speed", &SimMount::el_top_speed},
+    {"az_accel", &SimMount::az_accel},
+    {"el_accel", &SimMount::el_accel},
+    {"coast", &SimMount::coast_deg},
+    {"min_duty", &SimMount::min_duty},
+    {"az_min", &SimMount::az_min},
+    {"az_max", &SimMount::az_max},
+    {"el_min", &SimMount::el_min},
+    {"el_max", &SimMount::el_max},
+};
+
 static int sim_set(SimStation *s, const char *name, double value)
 {
     SimMount *m = &s->mount;
-    if (strcmp(name, "az") == 0)
+    if (strcmp(name, "az_pwm") == 0 || strcmp(name, "el_pwm") == 0)
     {
-        m->az = value;
-        m->az_rate = 0;
+        (name[0] == 'a' ? m->az_pwm : m->el_pwm) = value != 0.0;
+        return 0;
     }
-    else if (strcmp(name, "el") == 0)
+    for (const auto &setting : sim_mount_settings)
     {
-        m->el = value;
-        m->el_rate = 0;
+        if (strcmp(name, setting.name) == 0)
+        {
+            m->*setting.field = value;
+            // Putting the mount somewhere puts it there at rest.
+            if (setting.field == &SimMount::az)
+            {
+                m->az_rate = 0.0;
+            }
+            if (setting.field == &SimMount::el)
+            {
+                m->el_rate = 0.0;
+            }
+            return 0;
+        }
     }
-    else if (strcmp(name, "az_speed") == 0)
-    {
-        m->az_top_speed = value;
-    }
-    else if (strcmp(name, "el_speed") == 0)
-    {
-        m->el_top_speed = value;
-    }
-    else if (strcmp(name, "coast") == 0)
-    {
-        m->coast_ms = (int)value;
-    }
-    else
-    {
-        return -1;
-    }
-    return 0;
+    return -1;
 }
 
 static int sim_weather_set(SimWeather *w, const char *name, double value)
@@ -171,24 +231,48 @@ static int sim_weather_set(SimWeather *w, const char *name, double value)
     return 0;
 }
 
-// Per-address switches: silent, short, late, disconnect, mode.
+// A rate between 0 and 1, or -1.
+static double sim_rate(const char *word)
+{
+    char *end = nullptr;
+    double rate = strtod(word, &end);
+    return end != word && *end == 0 && rate >= 0.0 && rate <= 1.0 ? rate : -1.0;
+}
+
+// Per-address switches: silent, short, late, the random line faults,
+// disconnect, mode and the relay and PWM board.
 static int sim_address_command(SimStation *s, const char *verb, int a, const char *arg)
 {
     if (a < 0 || !arg)
     {
         return -1;
     }
+    SimFaults *f = &s->faults[a];
+    double *rate = strcmp(verb, "loss") == 0      ? &f->loss
+                   : strcmp(verb, "corrupt") == 0 ? &f->corrupt
+                   : strcmp(verb, "stray") == 0   ? &f->stray
+                                                  : nullptr;
+    if (rate)
+    {
+        double value = sim_rate(arg);
+        if (value < 0.0)
+        {
+            return -1;
+        }
+        *rate = value;
+        return 0;
+    }
     if (strcmp(verb, "silent") == 0)
     {
-        s->faults[a].silent = (uint8_t)sim_on_off(arg);
+        f->silent = (uint8_t)sim_on_off(arg);
     }
     else if (strcmp(verb, "short") == 0)
     {
-        s->faults[a].short_reply = (uint8_t)sim_on_off(arg);
+        f->short_reply = (uint8_t)sim_on_off(arg);
     }
     else if (strcmp(verb, "late") == 0)
     {
-        s->faults[a].late_ms = atoi(arg) > 0 ? atoi(arg) : 0;
+        f->late_ms = atoi(arg) > 0 ? atoi(arg) : 0;
     }
     else if (strcmp(verb, "disconnect") == 0)
     {
@@ -198,10 +282,33 @@ static int sim_address_command(SimStation *s, const char *verb, int a, const cha
     {
         s->encoders[a].mode = (uint8_t)strtol(arg, nullptr, 0);
     }
+    else if (strcmp(verb, "board") == 0)
+    {
+        s->outputs[a].present = (uint8_t)sim_on_off(arg);
+    }
     else
     {
         return -1;
     }
+    return 0;
+}
+
+static int sim_stall_command(SimStation *s, const char *axis, const char *arg)
+{
+    int which = SIM_AXIS_NONE;
+    if (axis && strcmp(axis, "az") == 0)
+    {
+        which = SIM_AXIS_AZ;
+    }
+    else if (axis && strcmp(axis, "el") == 0)
+    {
+        which = SIM_AXIS_EL;
+    }
+    if (which == SIM_AXIS_NONE || !arg)
+    {
+        return -1;
+    }
+    sim_stall(s, which, sim_on_off(arg));
     return 0;
 }
 
@@ -238,6 +345,19 @@ int sim_control(SimStation *s, const char *line, char *reply, int size)
     else if (strcmp(verb, "set") == 0)
     {
         bad = !arg1 || !arg2 || sim_set(s, arg1, atof(arg2)) != 0;
+    }
+    else if (strcmp(verb, "help") == 0)
+    {
+        snprintf(reply, (size_t)size, "%s", sim_help_text);
+    }
+    else if (strcmp(verb, "stall") == 0)
+    {
+        bad = sim_stall_command(s, arg1, arg2) != 0;
+    }
+    else if (strcmp(verb, "seed") == 0)
+    {
+        bad = !arg1;
+        sim_seed(s, arg1 ? strtoull(arg1, nullptr, 0) : 0);
     }
     else if (strcmp(verb, "drop") == 0)
     {

@@ -24,6 +24,9 @@ void sim_station_init(SimStation *s)
     sim_encoder_init(&s->encoders[1], SIM_DEVICE_SEI, SIM_AXIS_EL, 2001);
     sim_encoder_init(&s->encoders[2], SIM_DEVICE_BRT, SIM_AXIS_AZ, 1003);
     sim_encoder_init(&s->encoders[3], SIM_DEVICE_BRT, SIM_AXIS_EL, 1004);
+    s->outputs[s->mount.az_address].present = 1;
+    s->outputs[s->mount.el_address].present = 1;
+    sim_seed(s, 1);
     s->adc_address = 0;
     s->weather.address = 4;
     s->weather.wind_speed_kmh = 12.0;
@@ -37,9 +40,64 @@ void sim_station_init(SimStation *s)
     }
 }
 
-static double sim_axis_angle(const SimStation *s, int axis)
+static double sim_mount_angle(const SimStation *s, int axis)
 {
     return axis == SIM_AXIS_EL ? s->mount.el : axis == SIM_AXIS_AZ ? s->mount.az : 0.0;
+}
+
+double sim_axis_reading(const SimStation *s, int axis)
+{
+    if (axis > SIM_AXIS_NONE && axis <= SIM_AXIS_EL && s->stalled[axis])
+    {
+        return s->stall_angle[axis];
+    }
+    return sim_mount_angle(s, axis);
+}
+
+void sim_stall(SimStation *s, int axis, int on)
+{
+    if (axis <= SIM_AXIS_NONE || axis > SIM_AXIS_EL)
+    {
+        return;
+    }
+    if (on && !s->stalled[axis])
+    {
+        s->stall_angle[axis] = sim_mount_angle(s, axis);
+    }
+    s->stalled[axis] = (uint8_t)(on ? 1 : 0);
+}
+
+void sim_station_advance(SimStation *s, int elapsed_ms)
+{
+    if (elapsed_ms <= 0)
+    {
+        return;
+    }
+    mount_advance(&s->mount, s->outputs, elapsed_ms);
+    for (SimOutputs &board : s->outputs)
+    {
+        for (int port = 1; port < SIM_PORTS; port++)
+        {
+            board.relay_on_ms[port] += board.relay[port] ? elapsed_ms : 0;
+        }
+    }
+}
+
+void sim_seed(SimStation *s, uint64_t seed)
+{
+    // xorshift needs a state other than zero.
+    s->random_state = seed ? seed : 0x9E3779B97F4A7C15ull;
+}
+
+// Uniform in [0, 1).
+static double sim_random(SimStation *s)
+{
+    uint64_t x = s->random_state;
+    x ^= x >> 12;
+    x ^= x << 25;
+    x ^= x >> 27;
+    s->random_state = x;
+    return (double)((x * 0x2545F4914F6CDD1Dull) >> 11) / 9007199254740992.0;
 }
 
 static int64_t sim_wrap(int64_t value, int64_t span)
@@ -69,7 +127,7 @@ uint32_t sim_encoder_counts(const SimStation *s, int address)
     {
         span *= e->range ? e->range : 1;
     }
-    int64_t counts = sim_wrap(sim_encoder_raw(e, sim_axis_angle(s, e->axis)) + e->preset, span);
+    int64_t counts = sim_wrap(sim_encoder_raw(e, sim_axis_reading(s, e->axis)) + e->preset, span);
     return (e->mode & 0x04) ? (uint32_t)counts : (uint32_t)(counts & 0xFFFF);
 }
 
@@ -82,7 +140,7 @@ static int64_t sim_brt_raw(const SimEncoder *e, double angle)
 uint16_t sim_brt_pulses(const SimStation *s, int address)
 {
     const SimEncoder *e = &s->encoders[address];
-    int64_t pulses = sim_brt_raw(e, sim_axis_angle(s, e->axis)) + e->preset;
+    int64_t pulses = sim_brt_raw(e, sim_axis_reading(s, e->axis)) + e->preset;
     return (uint16_t)sim_wrap(pulses, e->ppr ? e->ppr : 1024);
 }
 
@@ -317,55 +375,71 @@ static int sim_weather_command(SimStation *s, const uint8_t *frame, uint8_t *rep
     }
 }
 
-// Relay, PWM, display and switches live on the board at each encoder address.
-static int sim_board_command(SimStation *s, int a, const uint8_t *frame, uint8_t *reply)
+// A relay or PWM frame, answered only by a fitted board.
+static int sim_output_command(SimStation *s, int a, const uint8_t *frame, uint8_t *reply)
 {
     SimOutputs *out = &s->outputs[a];
-    switch (frame[1])
+    if (!out->present)
     {
-    case 0x32:
-    case 0x33:
-        if (frame[2] < 1 || frame[2] > 4)
-        {
-            reply[0] = 1;
-            return 1;
-        }
-        if (frame[1] == 0x32)
-        {
-            out->relay[frame[2]] = frame[3] ? 1 : 0;
-        }
-        else
-        {
-            out->duty[frame[2]] = frame[3];
-        }
-        reply[0] = 0;
+        return 0;
+    }
+    int port = frame[2];
+    if (port < 1 || port >= SIM_PORTS)
+    {
+        reply[0] = 1;
         return 1;
-    case 0x35:
+    }
+    if (frame[1] == 0x32)
+    {
+        uint8_t closed = frame[3] ? 1 : 0;
+        out->relay_switches[port] += out->relay[port] != closed;
+        out->relay[port] = closed;
+    }
+    else
+    {
+        out->duty[port] = frame[3];
+    }
+    reply[0] = 0;
+    return 1;
+}
+
+// The display and the switches sit beside each encoder.
+static int sim_panel_command(SimStation *s, int a, const uint8_t *frame, uint8_t *reply)
+{
+    if (s->encoders[a].kind == SIM_DEVICE_NONE)
+    {
+        return -1;
+    }
+    if (frame[1] == 0x35)
+    {
         sim_display_write(s, frame[2], frame[3], frame + 5, frame[4]);
         reply[0] = 0;
         return 1;
-    case 0x36:
-    {
-        uint8_t gpio = 0xFF;
-        for (int i = 0; i < 4; i++)
-        {
-            if (s->switch_pressed[i])
-            {
-                gpio &= (uint8_t) ~(1u << i);
-            }
-        }
-        reply[0] = gpio;
-        reply[1] = 0;
-        return 2;
     }
-    default:
+    if (frame[1] != 0x36)
+    {
         return -1;
     }
+    uint8_t gpio = 0xFF;
+    for (int i = 0; i < 4; i++)
+    {
+        if (s->switch_pressed[i])
+        {
+            gpio &= (uint8_t) ~(1u << i);
+        }
+    }
+    reply[0] = gpio;
+    reply[1] = 0;
+    return 2;
 }
 
 static int sim_command(SimStation *s, int a, const uint8_t *frame, uint8_t *reply)
 {
     const SimEncoder *e = &s->encoders[a];
+    if (frame[1] == 0x32 || frame[1] == 0x33)
+    {
+        return sim_output_command(s, a, frame, reply);
+    }
     if (frame[1] == 0x34 && a == s->adc_address)
     {
         uint16_t word = frame[2] < 4 ? sim_adc_word(s->adc_volts[frame[2]]) : 0;
@@ -382,17 +456,14 @@ static int sim_command(SimStation *s, int a, const uint8_t *frame, uint8_t *repl
             return n;
         }
     }
-    if (e->kind != SIM_DEVICE_NONE)
+    int n = sim_panel_command(s, a, frame, reply);
+    if (n >= 0)
     {
-        int n = sim_board_command(s, a, frame, reply);
-        if (n >= 0)
-        {
-            return n;
-        }
+        return n;
     }
     if (e->kind == SIM_DEVICE_SEI && !e->asleep)
     {
-        int n = sim_encoder_command(s, a, frame, reply);
+        n = sim_encoder_command(s, a, frame, reply);
         return n > 0 ? n : 0;
     }
     return 0;
@@ -442,11 +513,91 @@ static void sim_sleep(SimStation *s, int a, int asleep)
     }
 }
 
+// An SEI encoder's position: 16 or 32 bits by its mode, and a single byte
+// from an encoder whose whole turn fits in one.
+static int sim_position(const SimStation *s, int a, uint8_t *reply)
+{
+    const SimEncoder *e = &s->encoders[a];
+    if (e->kind != SIM_DEVICE_SEI || e->asleep)
+    {
+        return 0;
+    }
+    uint32_t counts = sim_encoder_counts(s, a);
+    if (e->mode & 0x04)
+    {
+        return sim_u32(reply, counts);
+    }
+    if (e->resolution >= 1 && e->resolution <= 256 && !(e->mode & 0x10))
+    {
+        reply[0] = (uint8_t)counts;
+        return 1;
+    }
+    return sim_u16(reply, counts);
+}
+
+// The reply bytes as the line delivers them from a device with random faults.
+static int sim_line_faults(SimStation *s, const SimFaults *f, uint8_t *bytes, int n, int size)
+{
+    if (f->loss <= 0.0 && f->corrupt <= 0.0 && f->stray <= 0.0)
+    {
+        return n;
+    }
+    uint8_t sent[SIM_REPLY_MAX];
+    int m = n < (int)sizeof sent ? n : (int)sizeof sent;
+    memcpy(sent, bytes, (size_t)m);
+    int out = 0;
+    for (int i = 0; i < m && out < size; i++)
+    {
+        if (f->loss > 0.0 && sim_random(s) < f->loss)
+        {
+            continue;
+        }
+        uint8_t byte = sent[i];
+        if (f->corrupt > 0.0 && sim_random(s) < f->corrupt)
+        {
+            byte ^= (uint8_t)(1u << (int)(sim_random(s) * 8));
+        }
+        bytes[out++] = byte;
+        if (f->stray > 0.0 && out < size && sim_random(s) < f->stray)
+        {
+            bytes[out++] = (uint8_t)(sim_random(s) * 256);
+        }
+    }
+    return out;
+}
+
+// One device's answer to a frame, with that address's faults.
+static int sim_device_reply(SimStation *s, int a, const uint8_t *frame, uint8_t *reply, int *delay_ms)
+{
+    int n = 0;
+    switch (frame[0] & 0xF0)
+    {
+    case 0x10:
+        n = sim_position(s, a, reply);
+        break;
+    case 0x70:
+    case 0x80:
+        n = sim_register(s, a, frame, reply);
+        break;
+    case 0xF0:
+        n = sim_command(s, a, frame, reply);
+        break;
+    default:
+        break;
+    }
+    const SimFaults *f = &s->faults[a];
+    if (n <= 0 || f->silent)
+    {
+        return 0;
+    }
+    n -= f->short_reply ? 1 : 0;
+    *delay_ms = f->late_ms > *delay_ms ? f->late_ms : *delay_ms;
+    return sim_line_faults(s, f, reply, n, SIM_REPLY_MAX);
+}
+
 int sim_reply(SimStation *s, const uint8_t *frame, int length, uint8_t *reply, int size, int *delay_ms)
 {
-    uint8_t answer[64];
     int a = frame[0] & 0x0F;
-    int n = 0;
     *delay_ms = 0;
     if (length < 1 || s->line_dropped || size < 1)
     {
@@ -454,43 +605,32 @@ int sim_reply(SimStation *s, const uint8_t *frame, int length, uint8_t *reply, i
     }
     switch (frame[0] & 0xF0)
     {
-    case 0x10:
-    {
-        const SimEncoder *e = a < SIM_ADDRESSES ? &s->encoders[a] : nullptr;
-        if (e && e->kind == SIM_DEVICE_SEI && !e->asleep)
-        {
-            uint32_t counts = sim_encoder_counts(s, a);
-            n = (e->mode & 0x04) ? sim_u32(answer, counts) : sim_u16(answer, counts);
-        }
-        break;
-    }
     case 0x50:
+        s->sleep_frames++;
         sim_sleep(s, a, 1);
         return 0;
     case 0x60:
         sim_sleep(s, 15, 0);
         return 0;
-    case 0x70:
-    case 0x80:
-        n = a < SIM_ADDRESSES ? sim_register(s, a, frame, answer) : 0;
-        break;
-    case 0xF0:
-        n = a < SIM_ADDRESSES ? sim_command(s, a, frame, answer) : 0;
-        break;
     default:
-        return 0;
+        break;
     }
-    if (a >= SIM_ADDRESSES || n <= 0 || s->faults[a].silent)
+    // A broadcast is heard and obeyed by every device, and all that answer
+    // drive the line together: where their bits differ a low one wins.
+    uint8_t merged[SIM_REPLY_MAX];
+    int n = 0;
+    for (int i = a == 15 ? 0 : a; i < (a == 15 ? SIM_ADDRESSES : a + 1); i++)
     {
-        return 0;
+        uint8_t answer[SIM_REPLY_MAX];
+        int got = sim_device_reply(s, i, frame, answer, delay_ms);
+        for (int k = 0; k < got; k++)
+        {
+            merged[k] = k < n ? (uint8_t)(merged[k] & answer[k]) : answer[k];
+        }
+        n = got > n ? got : n;
     }
-    if (s->faults[a].short_reply)
-    {
-        n--;
-    }
-    *delay_ms = s->faults[a].late_ms;
     n = n < size ? n : size;
-    memcpy(reply, answer, (size_t)n);
+    memcpy(reply, merged, (size_t)n);
     return n;
 }
 

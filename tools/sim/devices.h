@@ -2,7 +2,9 @@
 // encoders, relay and PWM boards, the analogue input module, the weather
 // station, the character display and the switches. sim_reply answers a frame
 // the way the hardware's frame tables say; it shares no code with the
-// program's own command layer, so each can check the other.
+// program's own command layer, so each can check the other. Like a real bus
+// it answers a broadcast frame from every device at once, and its faults are
+// switched on per address.
 #pragma once
 
 #include "sim/mount.h"
@@ -28,7 +30,8 @@ enum
     SIM_DISPLAY_ROWS = 8,
     SIM_DISPLAY_COLUMNS = 20,
     SIM_BRT_DISCONNECTED = 0x04, // the status a BRT-38 gives without its shaft encoder
-    SIM_FRAME_LOG = 64
+    SIM_FRAME_LOG = 64,
+    SIM_REPLY_MAX = 64 // the longest reply, stray bytes included
 };
 
 struct SimEncoder
@@ -53,6 +56,9 @@ struct SimFaults
     uint8_t silent;      // answers nothing
     uint8_t short_reply; // its replies lose their last byte
     int late_ms;         // its replies come this late
+    // Per reply byte, 0 to 1: the byte is lost, has one bit flipped, or is
+    // followed by a stray byte. Drawn from the station's seeded generator.
+    double loss, corrupt, stray;
 };
 
 struct SimWeather
@@ -78,6 +84,10 @@ struct SimStation
     SimEncoder encoders[SIM_ADDRESSES];
     SimOutputs outputs[SIM_ADDRESSES];
     SimFaults faults[SIM_ADDRESSES];
+    uint8_t stalled[3];    // by SimAxis: the axis's encoders stick
+    double stall_angle[3]; // where they stuck
+    uint64_t random_state; // the fault generator; the same seed gives the same faults
+    int sleep_frames;      // sleep frames heard, broadcast or addressed
     uint8_t line_dropped;
     int adc_address;
     double adc_volts[4];
@@ -89,9 +99,17 @@ struct SimStation
 };
 
 // SEI encoders at 0 (azimuth) and 1 (elevation), BRT-38s at 2 and 3 on the
-// same axes, relay and PWM boards and switches at each of them, the analogue
-// module at 0, the weather station at 4.
+// same axes, the relay and PWM boards of the two axes at 0 and 1, the display
+// and switches at each encoder address, the analogue module at 0, the weather
+// station at 4.
 void sim_station_init(SimStation *s);
+// Time passes: the mount moves and the closed relays add to their on-time.
+void sim_station_advance(SimStation *s, int elapsed_ms);
+// The angle the encoders of an axis see: the mount's, or where they stuck.
+double sim_axis_reading(const SimStation *s, int axis);
+// Stick an axis's encoders where the mount is now, or free them.
+void sim_stall(SimStation *s, int axis, int on);
+void sim_seed(SimStation *s, uint64_t seed);
 
 // The length of the frame that starts the bytes: more than count means wait
 // for the rest, 0 means too few bytes to tell, -1 means the first byte starts

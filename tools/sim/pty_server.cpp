@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <termios.h>
+#include <time.h>
 #include <unistd.h>
 
 // A frame whose rest has not come within this time was noise; its first byte
@@ -29,41 +30,102 @@ static void sim_server_note(SimServer *server, char direction, const uint8_t *by
 
 // The wait that stands for a late device or the wire; it runs on the
 // simulator's thread, whatever the program under test does with its sleeps.
-static void sim_wait_ms(int ms)
+// Bytes a millisecond apart need a finer clock than the program's own.
+static void sim_wait_until(const struct timespec *start, int64_t ns)
 {
-    if (ms > 0)
+    struct timespec at = *start;
+    at.tv_sec += (time_t)(ns / 1000000000);
+    at.tv_nsec += (long)(ns % 1000000000);
+    if (at.tv_nsec >= 1000000000)
     {
-        poll(nullptr, 0, ms);
+        at.tv_sec++;
+        at.tv_nsec -= 1000000000;
     }
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &at, nullptr) == EINTR)
+    {
+    }
+}
+
+static const struct
+{
+    speed_t code;
+    int baud;
+} sim_speeds[] = {
+    {B1200, 1200},   {B2400, 2400},   {B4800, 4800},   {B9600, 9600},
+    {B19200, 19200}, {B38400, 38400}, {B57600, 57600}, {B115200, 115200},
+};
+
+// The speed the program has set on its end of the line, and the bits one
+// byte takes: start, data, parity and stop.
+static int sim_line_baud(int fd, int *bits)
+{
+    struct termios tio;
+    *bits = 10;
+    if (tcgetattr(fd, &tio) != 0)
+    {
+        return 0;
+    }
+    tcflag_t size = tio.c_cflag & CSIZE;
+    int data = size == CS5 ? 5 : size == CS6 ? 6 : size == CS7 ? 7 : 8;
+    *bits = 1 + data + ((tio.c_cflag & PARENB) ? 1 : 0) + ((tio.c_cflag & CSTOPB) ? 2 : 1);
+    speed_t speed = cfgetospeed(&tio);
+    for (const auto &s : sim_speeds)
+    {
+        if (s.code == speed)
+        {
+            return s.baud;
+        }
+    }
+    return 0;
 }
 
 static void sim_answer(SimServer *server, const uint8_t *frame, int length)
 {
-    uint8_t reply[64];
+    uint8_t reply[SIM_REPLY_MAX];
     int delay_ms = 0;
-    int n;
+    int bits;
+    int n = 0;
+    int understood = sim_line_baud(server->slave_keep, &bits) == server->baud;
     {
         std::lock_guard<std::mutex> hold(server->lock);
-        sim_server_note(server, '>', frame, length);
-        n = sim_reply(&server->station, frame, length, reply, sizeof reply, &delay_ms);
+        // "!" marks a frame the devices heard only as noise.
+        sim_server_note(server, understood ? '>' : '!', frame, length);
+        if (understood)
+        {
+            n = sim_reply(&server->station, frame, length, reply, sizeof reply, &delay_ms);
+        }
     }
     if (n <= 0)
     {
         return;
     }
-    if (server->baud > 0)
+    struct timespec start;
+    clock_gettime(CLOCK_MONOTONIC, &start);
+    int64_t byte_ns = server->instant || server->baud <= 0 ? 0 : (int64_t)bits * 1000000000 / server->baud;
+    int64_t at_ns = (int64_t)delay_ms * 1000000;
+    if (!server->instant)
     {
-        // Ten bits a byte: start, eight data, stop.
-        delay_ms += (length + n) * 10 * 1000 / server->baud;
+        // The device has the request only when its last byte is in.
+        at_ns += length * byte_ns + (int64_t)server->turnaround_ms * 1000000;
     }
-    sim_wait_ms(delay_ms);
+    sim_wait_until(&start, at_ns);
     {
         std::lock_guard<std::mutex> hold(server->lock);
         sim_server_note(server, '<', reply, n);
     }
-    if (write(server->master, reply, (size_t)n) < 0)
+    // Byte by byte at the line's pace, so the program sees a reply trickle in
+    // as it does from a real device; at once when instant.
+    for (int sent = 0; sent < n;)
     {
-        perror("morvane-sim: write");
+        int chunk = byte_ns > 0 ? 1 : n - sent;
+        if (write(server->master, reply + sent, (size_t)chunk) < 0)
+        {
+            perror("morvane-sim: write");
+            return;
+        }
+        sent += chunk;
+        at_ns += byte_ns;
+        sim_wait_until(&start, at_ns);
     }
 }
 
@@ -80,7 +142,7 @@ static void sim_server_loop(SimServer *server)
         int64_t now = clock_monotonic_ms();
         {
             std::lock_guard<std::mutex> hold(server->lock);
-            mount_advance(&server->station.mount, server->station.outputs, (int)(now - last_ms));
+            sim_station_advance(&server->station, (int)(now - last_ms));
         }
         last_ms = now;
         if (ready > 0 && (p.revents & POLLIN))
@@ -129,12 +191,6 @@ int sim_server_start(SimServer *server, const char *link_path)
     {
         sim_server_stop(server);
         return -1;
-    }
-    struct termios tio;
-    if (tcgetattr(server->slave_keep, &tio) == 0)
-    {
-        cfmakeraw(&tio);
-        tcsetattr(server->slave_keep, TCSANOW, &tio);
     }
     if (link_path && link_path[0])
     {

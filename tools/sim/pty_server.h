@@ -1,5 +1,8 @@
 // The simulator on a pseudo-terminal: a thread reads frames from the master
-// end, advances the mount by monotonic time and writes the replies back.
+// end, advances the mount by monotonic time and writes the replies back, at
+// the pace of a serial line. The program's end is left as the kernel sets up
+// a new terminal (echo, line editing, XON/XOFF, newline mapping), as a freshly
+// plugged adapter is: making it a raw line is the program's job.
 // Tests run it in-process; morvane-sim runs it beside its control loop.
 #pragma once
 
@@ -20,8 +23,12 @@ struct SimServer
     int slave_keep = -1; // keeps the line up while the program's end is closed
     char device[64] = "";
     char link[512] = "";
-    int baud = 0;        // above 0: replies take the wire time of this speed
-    FILE *log = nullptr; // every frame with its time, when asked for
+    // The devices' speed: a frame the program sends at another speed is noise
+    // to them. Each byte takes its bits' time on the wire both ways.
+    int baud = 9600;
+    int turnaround_ms = 3; // from a request's last byte to the reply's first
+    int instant = 0;       // 1: no wire time and no turnaround, for benchmarks
+    FILE *log = nullptr;   // every frame with its time, when asked for
     int64_t start_ms = 0;
 };
 
