@@ -155,7 +155,8 @@ class DriveRelayProperty : public DriveSimTest
         settings.ElevationPwmActive &= !settings.el_brake_enabled;
         settings.az_brake_delay = settings.el_brake_delay = 300;
         settings.AzimuthGuardTime = settings.ElevationGuardTime = 0.5 * (1 + pick(4));
-        sim.station.mount.coast_ms = 300;
+        sim.station.mount.az_pwm = (uint8_t)settings.AzimuthPwmActive;
+        sim.station.mount.el_pwm = (uint8_t)settings.ElevationPwmActive;
         sim.station.mount.az = angle(20, 340);
         sim.station.mount.el = angle(5, 85);
     }
