@@ -5,6 +5,7 @@
 #include "core/panel.h"
 #include "core/panel_seam.h"
 #include "core/state.h"
+#include "core/watchdog.h"
 
 #include <cmath>
 #include <cstring>
@@ -72,6 +73,10 @@ struct DriveAxis
     int32_t *pwm_active;
     double *error;
     double *start_error;
+    const uint8_t *manual;
+    const double *position;
+    const int32_t *read_status;
+    AxisWatch *watch;
 
     const int32_t *pwm_enabled;
     const int32_t *brake_enabled;
@@ -102,6 +107,10 @@ static const DriveAxis azimuth = {
     .pwm_active = &az_pwm_active,
     .error = &az_error,
     .start_error = &az_start_error,
+    .manual = &az_manual,
+    .position = &az_position,
+    .read_status = &az_read_status,
+    .watch = &az_watch,
     .pwm_enabled = &settings.AzimuthPwmActive,
     .brake_enabled = &settings.az_brake_enabled,
     .brake_delay_ms = &settings.az_brake_delay,
@@ -131,6 +140,10 @@ static const DriveAxis elevation = {
     .pwm_active = &el_pwm_active,
     .error = &el_error,
     .start_error = &el_start_error,
+    .manual = &el_manual,
+    .position = &el_position,
+    .read_status = &el_read_status,
+    .watch = &el_watch,
     .pwm_enabled = &settings.ElevationPwmActive,
     .brake_enabled = &settings.el_brake_enabled,
     .brake_delay_ms = &settings.el_brake_delay,
@@ -615,6 +628,49 @@ static void axis_step(const DriveAxis *a)
     }
 }
 
+// A stalled or runaway axis stops at once and tracking ends, with STOP red
+// and the reason on the status bar, until the operator presses AUTO again.
+// The other axis stops too when AUTO or PARK was driving it, since nothing
+// would stop it once they are off; a manual move of it is the operator's.
+static void axis_stalled(const DriveAxis *a, const DriveAxis *other)
+{
+    axis_stop(a);
+    if ((auto_tracking || park_active) && !*other->manual)
+    {
+        axis_stop(other);
+    }
+    auto_tracking = 0;
+    park_active = 0;
+    panel_style(PANEL_AUTO, STYLE_GRAY);
+    panel_style(PANEL_PARK, STYLE_GRAY);
+    panel_style(PANEL_STOP, STYLE_DARKRED);
+    panel_status(a->stalled_text, 0);
+}
+
+static void axis_watch(const DriveAxis *a, const DriveAxis *other)
+{
+    if (!settings.StallWatchdogEnable)
+    {
+        watch_reset(a->watch);
+        return;
+    }
+    // A failed read says nothing about the motion; the read error has its
+    // own message, and the motor's time goes on counting.
+    if (*a->read_status != 0)
+    {
+        return;
+    }
+    // This station's rule: a time under a second counts as one, since a
+    // motor starting from rest may not move the reading in less.
+    int limit_ms = (int)(settings.StallWatchdogTime * 1000);
+    limit_ms = limit_ms < 1000 ? 1000 : limit_ms;
+    int sign = !*a->drive_on ? 0 : *a->direction == a->increasing.direction ? 1 : -1;
+    if (watch_step(a->watch, sign, *a->position, limit_ms))
+    {
+        axis_stalled(a, other);
+    }
+}
+
 // The one shortcut through north: with limits that run through it (the
 // southern station's 270..90), a source that has passed 0 going down while
 // the antenna is still on the low side is reached by going left through 0.
@@ -669,6 +725,8 @@ static void drive_targets(const SourceRecord *row, int through_north, int az_ok,
 
 void drive_step(int source, int through_north, int az_limit_hit, int el_limit_hit)
 {
+    axis_watch(&azimuth, &elevation);
+    axis_watch(&elevation, &azimuth);
     int az_ok = az_read_status == 0 && !az_limit_hit;
     int el_ok = el_read_status == 0 && !el_limit_hit;
 

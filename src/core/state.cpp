@@ -1,5 +1,7 @@
 #include "core/state.h"
 
+#include "core/watchdog.h"
+
 #include <cstdio>
 #include <cstring>
 
@@ -83,6 +85,8 @@ void state_reset(void)
     az_manual = el_manual = 0;
     az_drive_on = el_drive_on = 0;
     memset(drive_relay_on, 0, sizeof drive_relay_on);
+    watch_reset(&az_watch);
+    watch_reset(&el_watch);
     az_direction = el_direction = DIR_STOPPED;
     az_speed_mode = el_speed_mode = SPEED_SLOW;
     az_jog_shade = el_jog_shade = 1;

@@ -7,6 +7,7 @@
 #include "drive_sim.h"
 #include "remote/easycomm.h"
 #include "remote/rotctl.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 
 #include <cmath>
@@ -43,9 +44,10 @@ class DriveSimTest : public ::testing::Test
         source_el = to_el;
         drive_auto_pressed();
     }
+    // Simulated seconds: the bus's wire time makes some ticks longer.
     void run_seconds(double seconds)
     {
-        for (int i = 0; i < (int)(seconds * 20); i++)
+        for (int64_t until = sim.ms + (int64_t)(seconds * 1000); sim.ms < until;)
         {
             drive_sim_tick(&sim);
         }
@@ -125,6 +127,72 @@ TEST_F(DriveSimTest, SourceBelowTheHorizonHoldsTheMountUntilItRises)
     run_seconds(60);
     EXPECT_NEAR(sim.station.mount.az, 120, 0.3);
     EXPECT_NEAR(sim.station.mount.el, 30, 0.3);
+}
+
+// The watchdog against the simulator's stuck encoders and a mirrored one: the
+// axis stops after the watchdog time (or a few degrees of running away), the
+// status bar says which, STOP turns red and AUTO stays off until pressed.
+TEST_F(DriveSimTest, WatchdogStopsAStalledOrRunawayAxisAndEndsAuto)
+{
+    struct
+    {
+        int axis, manual, mirrored, enabled;
+        double trip_after_s; // from the fault; 0: never
+        const char *status;
+        const char *why;
+    } rows[] = {
+        {SIM_AXIS_AZ, 0, 0, 1, 5.0, "Azimuth stalled", "azimuth encoder sticks in AUTO"},
+        {SIM_AXIS_EL, 1, 0, 1, 5.0, "Elevation stalled", "elevation encoder sticks in a manual move"},
+        {SIM_AXIS_AZ, 0, 1, 1, 2.0, "Azimuth stalled", "a mirrored encoder drives the mount away"},
+        {SIM_AXIS_AZ, 0, 0, 0, 0, "", "switched off, a stuck encoder is not noticed"},
+    };
+    for (auto r : rows)
+    {
+        SCOPED_TRACE(r.why);
+        drive_sim_stop();
+        SetUp();
+        settings.StallWatchdogEnable = (uint8_t)r.enabled;
+        settings.StallWatchdogTime = 5.0;
+        int board = r.axis == SIM_AXIS_AZ ? settings.AZ_Addr : settings.EL_Addr;
+        int first = r.axis == SIM_AXIS_AZ ? 3 : 1;
+        auto running = [&] { return sim.station.outputs[board].relay[first] + sim.station.outputs[board].relay[first + 1]; };
+        sim.az_mirrored = r.mirrored;
+        track(100, 10, 200, 60);
+        if (r.manual)
+        {
+            drive_el_manual_pressed();
+            drive_up_pressed();
+        }
+        run_seconds(0.1);
+        if (!r.mirrored)
+        {
+            // The encoder sticks once the axis is well under way.
+            run_seconds(2);
+            sim_stall(&sim.station, r.axis, 1);
+        }
+        ASSERT_TRUE(running());
+        double before = r.trip_after_s ? r.trip_after_s - 0.5 : 10.0;
+        run_seconds(before);
+        EXPECT_TRUE(running()) << "still running " << before << " s on";
+        EXPECT_STREQ(panel_last_status, "");
+        if (!r.trip_after_s)
+        {
+            continue;
+        }
+        // The watchdog counts ticks, which the bus's wire time stretches.
+        run_seconds(1.5);
+        EXPECT_FALSE(running());
+        EXPECT_EQ(outputs_on(), 0) << "AUTO's other axis stops with it";
+        EXPECT_STREQ(panel_last_status, r.status);
+        EXPECT_EQ(panel_last_style[PANEL_STOP], STYLE_DARKRED);
+        EXPECT_EQ(auto_tracking, 0);
+        run_seconds(20);
+        EXPECT_EQ(outputs_on(), 0) << "nothing starts by itself";
+        drive_auto_pressed();
+        EXPECT_EQ(panel_last_style[PANEL_STOP], STYLE_GRAY);
+        run_seconds(0.2);
+        EXPECT_GT(outputs_on(), 0) << "AUTO pressed again tracks again";
+    }
 }
 
 // A station's worth of buttons and remote commands in random order, on axes
