@@ -90,6 +90,7 @@ struct SystemSettings
     int32_t EL_Addr;
     uint8_t StallWatchdogEnable; // stop a motor whose axis does not follow it
     double StallWatchdogTime;    // seconds without progress before it does
+
     double AZ[36]; // keys AZ_0 .. AZ_35, one per 10 degrees
     double EL[10]; // keys EL_0 .. EL_9
     char PortName[32];

@@ -16,7 +16,7 @@ struct AxisWatch
     double reading;  // the last position read
     double progress; // degrees moved the driven way since the start
     double furthest; // the most progress so far
-    int32_t idle_ms; // motor time since progress last grew, counted in ticks
+    int32_t idle_ms; // motor time since progress last grew, in ticks, as the guard time counts
 };
 
 extern AxisWatch az_watch, el_watch;

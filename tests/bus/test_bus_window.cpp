@@ -5,8 +5,8 @@
 #include "core/clock.h"
 #include "core/drive.h"
 #include "core/mainwindow.h"
-#include "support/panel_record.h"
 #include "core/settings.h"
+#include "support/panel_record.h"
 
 #include <cstring>
 #include <sys/stat.h>

@@ -103,8 +103,8 @@ TEST_F(AntennaDialogTest, JogTimeTakesOnlyOneToOneHundred)
         const char *typed;
         int want;
         const char *shown;
-    } rows[] = {{"0", 40, "40"},   {"101", 40, "40"}, {"1", 1, "1"}, {"100", 100, "100"}, {"x", 100, "100"},
-                {"0000000050", 50, "0000000050"}};
+    } rows[] = {{"0", 40, "40"},     {"101", 40, "40"}, {"1", 1, "1"},
+                {"100", 100, "100"}, {"x", 100, "100"}, {"0000000050", 50, "0000000050"}};
     AntennaDialog dialog;
     for (auto r : rows)
     {

@@ -155,7 +155,8 @@ TEST_F(DriveSimTest, WatchdogStopsAStalledOrRunawayAxisAndEndsAuto)
         settings.StallWatchdogTime = 5.0;
         int board = r.axis == SIM_AXIS_AZ ? settings.AZ_Addr : settings.EL_Addr;
         int first = r.axis == SIM_AXIS_AZ ? 3 : 1;
-        auto running = [&] { return sim.station.outputs[board].relay[first] + sim.station.outputs[board].relay[first + 1]; };
+        auto running = [&]
+        { return sim.station.outputs[board].relay[first] + sim.station.outputs[board].relay[first + 1]; };
         sim.az_mirrored = r.mirrored;
         track(100, 10, 200, 60);
         if (r.manual)
@@ -265,9 +266,9 @@ class DriveRelayProperty : public DriveSimTest
     {
         static const int sources[3] = {SOURCE_USER_AZEL, SOURCE_GPREDICT, SOURCE_EASYCOMM};
         static void (*const buttons[])(void) = {
-            drive_auto_pressed,      drive_park_pressed,  drive_stop_pressed,  drive_az_manual_pressed,
-            drive_el_manual_pressed, drive_left_pressed,  drive_right_pressed, drive_up_pressed,
-            drive_down_pressed,
+            drive_auto_pressed,      drive_park_pressed,      drive_stop_pressed,
+            drive_az_manual_pressed, drive_el_manual_pressed, drive_left_pressed,
+            drive_right_pressed,     drive_up_pressed,        drive_down_pressed,
         };
         const int button_count = (int)(sizeof buttons / sizeof buttons[0]);
         if (action < button_count)

@@ -179,8 +179,8 @@ TEST_F(Settings, EveryKeyRoundTrips)
     // Every key away from its default: doubles that need all their digits,
     // texts with the file's own separators, the mapped keys at valid choices.
     static const double awkward[] = {0.1 + 0.2, 1e-17, -123.456789012345678, 1.0 / 3.0, 6.02214076e23, -2.5e-300};
-    const char *mapped[][2] = {{"BaudRate", "57600"}, {"DataBits", "7"},         {"StopBits", "1.5"},
-                               {"Parity", "Mark"},    {"FlowControl", "Custom"}, {"JogEnable", "true"},
+    const char *mapped[][2] = {{"BaudRate", "57600"},      {"DataBits", "7"},         {"StopBits", "1.5"},
+                               {"Parity", "Mark"},         {"FlowControl", "Custom"}, {"JogEnable", "true"},
                                {"WatchdogEnable", "false"}};
     std::vector<KeyRow> rows = documented_keys();
     IniFile written;

@@ -5,12 +5,12 @@
 #include "bus/sei_link.h"
 #include "core/clock.h"
 #include "core/drive.h"
-#include "support/panel_record.h"
 #include "core/settings.h"
 #include "core/state.h"
 #include "remote/remote_services.h"
 #include "rig/rig_engine.h"
 #include "rig/rig_loader.h"
+#include "support/panel_record.h"
 
 #include <QDir>
 #include <cstdio>
