@@ -1,5 +1,7 @@
-// The bus against the in-process simulator: one position exchange, a whole
-// read pass, and what a silent device costs for each read budget.
+// The bus against the in-process simulator: one position exchange and a whole
+// read pass with the wire taking no time (the program's own cost), a read
+// pass at 9600 baud against the time its bytes need on the wire, and what a
+// silent device costs for each read budget.
 #include "bus/encoders.h"
 #include "bus/position.h"
 #include "bus/sei_commands.h"
@@ -13,6 +15,7 @@
 
 #include <QDir>
 #include <benchmark/benchmark.h>
+#include <cstdio>
 
 static void bench_no_sleep(int) {}
 
@@ -50,12 +53,12 @@ static void bench_control(const char *line)
 
 static void BM_PositionRoundTrip(benchmark::State &state)
 {
-    bench_bus();
+    bench_bus()->instant = 1;
     bench_control("silent 0 off");
     uint32_t position = 0;
     for (auto _ : state)
     {
-        if (sei_read_position(0, 0, &position) != 0)
+        if (sei_read_position(0, 0, 36000, &position) != 0)
         {
             state.SkipWithError("no reply");
             break;
@@ -69,9 +72,15 @@ BENCHMARK(BM_PositionRoundTrip)
     ->Repetitions(5)
     ->ReportAggregatesOnly(true);
 
-static void BM_ReadPassBothAxes(benchmark::State &state)
+// The station's encoders at 0 and 1 in the given mode, fetched afresh.
+static void bench_encoders(int mode)
 {
-    bench_bus();
+    char line[32];
+    for (int a = 0; a < 2; a++)
+    {
+        snprintf(line, sizeof line, "mode %d %d", a, mode);
+        bench_control(line);
+    }
     bench_control("silent 0 off");
     for (int n = 0; n < ENCODER_COUNT; n++)
     {
@@ -81,6 +90,10 @@ static void BM_ReadPassBothAxes(benchmark::State &state)
     settings.EL_Addr = 1;
     position_reset();
     ReadPosition();
+}
+
+static void bench_read_passes(benchmark::State &state)
+{
     for (auto _ : state)
     {
         if (ReadPosition() != 0)
@@ -90,17 +103,49 @@ static void BM_ReadPassBothAxes(benchmark::State &state)
         }
     }
 }
+
+static void BM_ReadPassBothAxes(benchmark::State &state)
+{
+    bench_bus()->instant = 1;
+    bench_encoders(0);
+    bench_read_passes(state);
+}
 BENCHMARK(BM_ReadPassBothAxes)
     ->UseRealTime()
     ->Unit(benchmark::kMicrosecond)
     ->Repetitions(5)
     ->ReportAggregatesOnly(true);
 
+// A pass at 9600 baud, 8N1: per axis one byte out and two (16-bit) or four
+// (32-bit) back, 1.04 ms each. The floor is that wire time; the simulated
+// devices add 3 ms of turnaround per exchange on top.
+static void BM_ReadPassAt9600(benchmark::State &state)
+{
+    SimServer *server = bench_bus();
+    server->instant = 0;
+    int mode = (int)state.range(0);
+    bench_encoders(mode);
+    bench_read_passes(state);
+    int width = (mode & MODE_32BIT) ? 4 : 2;
+    double byte_ms = 10.0 * 1000.0 / 9600.0;
+    double wire_ms = 2 * (1 + width) * byte_ms;
+    state.counters["wire_floor_ms"] = wire_ms;
+    state.counters["floor_turnaround_ms"] = wire_ms + 2 * server->turnaround_ms;
+    bench_encoders(0);
+}
+BENCHMARK(BM_ReadPassAt9600)
+    ->Arg(0)
+    ->Arg(MODE_32BIT)
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Repetitions(3)
+    ->ReportAggregatesOnly(true);
+
 // A silent device costs its whole budget of empty 2 ms reads; the nominal
 // cost is twice the budget in milliseconds.
 static void BM_SilentDeviceBudget(benchmark::State &state)
 {
-    bench_bus();
+    bench_bus()->instant = 1;
     bench_control("silent 0 on");
     int budget = (int)state.range(0);
     const uint8_t request[2] = {0xF0, SEI_READ_RESOLUTION};

@@ -5,6 +5,9 @@
 //   morvane-astro --lat D --lon D [--mhz F] [--utc "YYYY-MM-DD hh:mm:ss"] [--source N]
 //   morvane-astro --csv --source N [--mask M]  < rows of utc,lat,lon,mhz
 //
+// --precise computes the Moon from the full lunar theory, as the station does
+// with PreciseMoon on, for a station --height metres up (200 by default).
+//
 // The first prints a table of one source now (or at that UTC). The second
 // reads rows from standard input, no header, and writes one header line and
 // one row per input with every field of the source record, full precision.
@@ -32,6 +35,8 @@ enum
 struct AstroOptions
 {
     int csv;
+    int precise;
+    double height;
     int source;
     int mask;
     int have_lat, have_lon;
@@ -41,7 +46,8 @@ struct AstroOptions
 
 static const char usage_text[] =
     "usage: morvane-astro --lat D --lon D [--mhz F] [--utc \"YYYY-MM-DD hh:mm:ss\"] [--source N]\n"
-    "       morvane-astro --csv --source N [--mask M] < rows of utc,lat,lon,mhz\n";
+    "       morvane-astro --csv --source N [--mask M] < rows of utc,lat,lon,mhz\n"
+    "       either with [--precise [--height METRES]]\n";
 
 static int astro_days_in_month(int year, int month)
 {
@@ -136,14 +142,15 @@ static int astro_parse_options(int argc, char **argv, AstroOptions *o)
     memset(o, 0, sizeof *o);
     o->mhz = 1296.0;
     o->mask = SOURCE_MASK_ALL;
+    o->height = 200.0;
     for (int i = 1; i < argc; i++)
     {
         const char *arg = argv[i];
         const char *value = i + 1 < argc ? argv[i + 1] : nullptr;
         int bad = 0;
-        if (strcmp(arg, "--csv") == 0)
+        if (strcmp(arg, "--csv") == 0 || strcmp(arg, "--precise") == 0)
         {
-            o->csv = 1;
+            *(arg[2] == 'c' ? &o->csv : &o->precise) = 1;
             continue;
         }
         if (!value)
@@ -166,6 +173,10 @@ static int astro_parse_options(int argc, char **argv, AstroOptions *o)
         {
             bad = astro_parse_number(value, &o->mhz);
         }
+        else if (strcmp(arg, "--height") == 0)
+        {
+            bad = astro_parse_number(value, &o->height) || o->height < -500.0 || o->height > 9000.0;
+        }
         else if (strcmp(arg, "--utc") == 0)
         {
             o->utc = value;
@@ -185,14 +196,27 @@ static int astro_parse_options(int argc, char **argv, AstroOptions *o)
         }
         if (bad)
         {
-            const char *what = strcmp(arg, "--source") == 0 ? " (a source is 0..26)"
-                               : strcmp(arg, "--mask") == 0 ? " (a mask is 0..31)"
-                                                            : "";
+            const char *what = strcmp(arg, "--source") == 0   ? " (a source is 0..26)"
+                               : strcmp(arg, "--mask") == 0   ? " (a mask is 0..31)"
+                               : strcmp(arg, "--height") == 0 ? " (a height is -500..9000 m)"
+                                                              : "";
             fprintf(stderr, "morvane-astro: bad value for %s: \"%s\"%s\n", arg, value, what);
             return ASTRO_BAD_INPUT;
         }
     }
     return ASTRO_OK;
+}
+
+// The tool's station is the home station: the engine gives the precise Moon
+// the configured height only there.
+static void astro_calculate(const AstroOptions *o, const struct tm *tm, double lat, double lon, double mhz,
+                            SourceRecord *record)
+{
+    settings.PreciseMoon = o->precise;
+    settings.StationHeight = o->height;
+    settings.Latitude = lat;
+    settings.Longitude = lon;
+    source_calculate(o->source, o->mask, tm, lat, lon, mhz, *record);
 }
 
 static void astro_date_text(double jd, char *text, int size)
@@ -213,6 +237,10 @@ static void astro_print_table(const AstroOptions *o, const struct tm *tm, const 
     printf("UTC              %04d-%02d-%02d %02d:%02d:%02d\n", tm->tm_year + 1900, tm->tm_mon + 1, tm->tm_mday,
            tm->tm_hour, tm->tm_min, tm->tm_sec);
     printf("Station          %.6f %.6f, %.3f MHz\n", o->lat, o->lon, o->mhz);
+    if (o->precise && o->source == SOURCE_MOON)
+    {
+        printf("Moon             ELP 2000-82B, station %.0f m up\n", o->height);
+    }
     printf("Azimuth          %.3f deg\n", r->az);
     printf("Elevation        %.3f deg%s\n", r->el, r->above_horizon ? "" : " (below the horizon)");
     printf("Right ascension  %.5f h\n", r->ra);
@@ -264,7 +292,7 @@ static int astro_table(const AstroOptions *o)
         gmtime_r(&now, &tm);
     }
     SourceRecord record = {};
-    source_calculate(o->source, o->mask, &tm, o->lat, o->lon, o->mhz, record);
+    astro_calculate(o, &tm, o->lat, o->lon, o->mhz, &record);
     astro_print_table(o, &tm, &record);
     return ASTRO_OK;
 }
@@ -341,7 +369,7 @@ static const char *astro_csv_row(char *line, const AstroOptions *o, SourceRecord
         return problem;
     }
     *record = SourceRecord{};
-    source_calculate(o->source, o->mask, &tm, lat, lon, mhz, *record);
+    astro_calculate(o, &tm, lat, lon, mhz, record);
     return nullptr;
 }
 

@@ -3,12 +3,17 @@
 // file of its named controls (name, x, y, width, height), for reviewing touch
 // targets on an 800x480 panel.
 //
-//   morvane-shot [--run SECONDS] [--home DIR] [DIR]
+//   morvane-shot [--run SECONDS] [--home DIR] [--utc "YYYY-MM-DD hh:mm:ss"]
+//                [--set SECTION.KEY=VALUE]... [DIR]
 //
 // --run lets the panel's own cycle run that long before the picture is taken;
 // --home uses that folder as the home directory (its settings are read and,
 // when the window closes, written); by default a fresh temporary one is used,
-// so the operator's own settings are never touched.
+// so the operator's own settings are never touched. --utc stops the clock at
+// that instant for every picture, so the sky map can be laid beside an
+// ephemeris. --set writes a key into the INI file before the window reads it
+// (HOME_DATA.Grid=JO62sm, OVERLAYS.MapOffset=6); DX.Grid=FN31pr makes a DX
+// station, which has no key of its own.
 #include "astro/sources_dialog.h"
 #include "core/about_dialog.h"
 #include "core/antenna_dialog.h"
@@ -16,14 +21,22 @@
 #include "core/state.h"
 #include "remote/easycomm_dialog.h"
 #include "rig/rig_dialog.h"
+#include "skymap/frequency_dialog.h"
+#include "skymap/overlays_dialog.h"
+#include "skymap/skymap_dialog.h"
 
 #include "core/app.h"
+#include "core/clock.h"
+#include "core/ini_file.h"
+#include "core/settings.h"
+#include "widgets/locator.h"
 #include "widgets/dx_station_dialog.h"
 #include "widgets/home_station_dialog.h"
 #include "widgets/keyboard_dialog.h"
 #include "widgets/keypad_dialog.h"
 
 #include <QApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QThread>
@@ -31,7 +44,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <unistd.h>
+#include <vector>
 
 static int shot_controls(QWidget *top, const QString &path)
 {
@@ -88,11 +103,88 @@ static int shot_dialog(QDialog *dialog, const QString &dir, const char *name)
     return status;
 }
 
+// "YYYY-MM-DD hh:mm:ss" as UTC seconds, or -1.
+static time_t shot_parse_utc(const char *text)
+{
+    QString s = QString::fromLatin1(text);
+    QDate date = QDate::fromString(s.left(10), "yyyy-MM-dd");
+    QTime time = QTime::fromString(s.mid(11), "hh:mm:ss");
+    if (s.length() != 19 || s[10] != ' ' || !date.isValid() || !time.isValid())
+    {
+        return -1;
+    }
+    return (time_t)QDateTime(date, time, Qt::UTC).toSecsSinceEpoch();
+}
+
+// SECTION.KEY=VALUE into the home's INI file; DX.Grid into the DX station.
+static int shot_apply_setting(const char *setting, int dx_only)
+{
+    const char *dot = strchr(setting, '.');
+    const char *equals = strchr(setting, '=');
+    if (!dot || !equals || dot > equals || dot == setting || equals == dot + 1)
+    {
+        fprintf(stderr, "morvane-shot: --set wants SECTION.KEY=VALUE, not \"%s\"\n", setting);
+        return -1;
+    }
+    std::string section(setting, dot), key(dot + 1, equals);
+    if (section == "DX")
+    {
+        double latitude, longitude;
+        if (key != "Grid" || grid_to_position(equals + 1, &latitude, &longitude) != 0)
+        {
+            fprintf(stderr, "morvane-shot: DX takes only Grid=LOCATOR, not \"%s\"\n", setting);
+            return -1;
+        }
+        if (dx_only)
+        {
+            text_copy(dx_grid, sizeof dx_grid, equals + 1);
+            dx_latitude = latitude;
+            dx_longitude = longitude;
+            dx_station_valid = 1;
+        }
+        return 0;
+    }
+    if (!dx_only)
+    {
+        char path[1024];
+        IniFile ini;
+        settings_path(ini_file_name, path, sizeof path);
+        ini_read(path, &ini);
+        ini_set(&ini, section.c_str(), key.c_str(), equals + 1);
+        if (ini_write(path, &ini) != 0)
+        {
+            fprintf(stderr, "morvane-shot: cannot write %s\n", path);
+            return -1;
+        }
+    }
+    return 0;
+}
+
+// The map, its configuration and the frequency dialog, once the map's first
+// tick has drawn the picture.
+static int shot_sky_map(QWidget *parent, const QString &out)
+{
+    SkyMapDialog map(parent);
+    map.show();
+    for (int i = 0; i < 200 && map.map_draws == 0; i++)
+    {
+        shot_settle(10);
+    }
+    int status = shot_write(&map, out, "skymap");
+    OverlaysDialog configuration(&map);
+    status |= shot_dialog(&configuration, out, "skymap_config");
+    FrequencyDialog frequency(&map);
+    status |= shot_dialog(&frequency, out, "frequency");
+    map.hide();
+    return status;
+}
+
 int main(int argc, char *argv[])
 {
     int run_seconds = 0;
     const char *home = nullptr;
     const char *dir = ".";
+    std::vector<const char *> sets;
     for (int i = 1; i < argc; i++)
     {
         if (strcmp(argv[i], "--run") == 0 && i + 1 < argc)
@@ -103,9 +195,24 @@ int main(int argc, char *argv[])
         {
             home = argv[++i];
         }
+        else if (strcmp(argv[i], "--utc") == 0 && i + 1 < argc)
+        {
+            time_t utc = shot_parse_utc(argv[++i]);
+            if (utc < 0)
+            {
+                fprintf(stderr, "morvane-shot: malformed time \"%s\" (want \"YYYY-MM-DD hh:mm:ss\")\n", argv[i]);
+                return 2;
+            }
+            clock_freeze(utc);
+        }
+        else if (strcmp(argv[i], "--set") == 0 && i + 1 < argc)
+        {
+            sets.push_back(argv[++i]);
+        }
         else if (argv[i][0] == '-')
         {
-            fprintf(stderr, "usage: morvane-shot [--run SECONDS] [--home DIR] [DIR]\n");
+            fprintf(stderr, "usage: morvane-shot [--run SECONDS] [--home DIR] [--utc \"YYYY-MM-DD hh:mm:ss\"]\n"
+                            "                    [--set SECTION.KEY=VALUE]... [DIR]\n");
             return 2;
         }
         else
@@ -138,8 +245,19 @@ int main(int argc, char *argv[])
     QString out = QDir(QString::fromUtf8(dir)).absolutePath();
 
     int status = 0;
+    for (const char *setting : sets)
+    {
+        if (shot_apply_setting(setting, 0) != 0)
+        {
+            return 2;
+        }
+    }
     {
         MainWindow window(0);
+        for (const char *setting : sets)
+        {
+            shot_apply_setting(setting, 1);
+        }
         window.show();
         shot_settle(run_seconds > 0 ? run_seconds * 1000 : 300);
         status |= shot_write(&window, out, "panel");
@@ -163,8 +281,8 @@ int main(int argc, char *argv[])
         status |= shot_dialog(&keyboard, out, "keyboard_symbols");
 
         // A fresh home has no station yet; show the dialog as an operator
-        // would see it filled in. A given home keeps its own.
-        if (home == temp_home && !settings.Callsign[0])
+        // would see it filled in. A given home, or a --set one, keeps its own.
+        if (home == temp_home && !settings.Callsign[0] && !settings.Grid[0])
         {
             text_copy(settings.Callsign, sizeof settings.Callsign, "DL7APV");
             text_copy(settings.Grid, sizeof settings.Grid, "JO62sm");
@@ -187,6 +305,8 @@ int main(int argc, char *argv[])
 
         AntennaDialog antenna(&window);
         status |= shot_dialog(&antenna, out, "antenna");
+
+        status |= shot_sky_map(&window, out);
     }
     if (home == temp_home)
     {

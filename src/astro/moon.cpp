@@ -2,6 +2,7 @@
 
 #include "astro/angles.h"
 #include "astro/day_number.h"
+#include "astro/refraction.h"
 
 #include <cmath>
 
@@ -164,6 +165,34 @@ static double moon_range_rate(const MoonPosition *earlier, const MoonPosition *l
     return ((Vm.x - V.x) * L.x + (Vm.y - V.y) * L.y + (Vm.z - V.z) * L.z) / range;
 }
 
+void moon_fill_record(double az, double el, double ra, double dec, double distance, double hour_angle, double doppler,
+                      double latitude, SourceRecord *record)
+{
+    record->az = az;
+    record->el = refraction_apparent_elevation(el);
+    record->ra = ra;
+    record->dec = dec;
+    record->distance = distance / 1.5e8;
+    record->hour_angle = hour_angle;
+    record->sky_temp = 0.0;
+    // The angle between the local verticals' planes through the Moon, which
+    // turns a linear polarisation on its way out and back.
+    record->spatial_offset =
+        atan2(sind(record->az) * cosd(latitude),
+              cosd(record->el) * sind(latitude) - cosd(record->az) * cosd(latitude) * sind(record->el)) *
+        RAD;
+    if (record->el >= 0.0)
+    {
+        record->above_horizon = 1;
+        record->doppler_hz = doppler;
+    }
+    else
+    {
+        record->above_horizon = 0;
+        record->doppler_hz = 0.0;
+    }
+}
+
 void moon_calculate(const struct tm *utc, double latitude, double longitude, double frequency, SourceRecord *record)
 {
     // The station on the IAU 1976 ellipsoid (a = 6378140 m, e^2 = 0.006694385),
@@ -189,27 +218,6 @@ void moon_calculate(const struct tm *utc, double latitude, double longitude, dou
     // Two-way: out and back. A receding Moon lowers the echo.
     double doppler = 2.0 * (-rr * frequency * 1e6 / 299792.458);
 
-    record->az = later.az;
-    record->el = later.el;
-    record->ra = later.ra;
-    record->dec = later.dec;
-    record->distance = later.distance / 1.5e8;
-    record->hour_angle = later.hour_angle - longitude;
-    record->sky_temp = 0.0;
-    // The angle between the local verticals' planes through the Moon, which
-    // turns a linear polarisation on its way out and back.
-    record->spatial_offset =
-        atan2(sind(record->az) * cosd(latitude),
-              cosd(record->el) * sind(latitude) - cosd(record->az) * cosd(latitude) * sind(record->el)) *
-        RAD;
-    if (record->el >= 0.0)
-    {
-        record->above_horizon = 1;
-        record->doppler_hz = doppler;
-    }
-    else
-    {
-        record->above_horizon = 0;
-        record->doppler_hz = 0.0;
-    }
+    moon_fill_record(later.az, later.el, later.ra, later.dec, later.distance, later.hour_angle - longitude, doppler,
+                     latitude, record);
 }

@@ -31,5 +31,13 @@ void moon_position(int year, int month, int day, double ut_hours, double longitu
 
 // Fill az, el, ra and dec (degrees), doppler_hz, spatial_offset, hour_angle,
 // distance (km / 1.5e8), above_horizon, and clear sky_temp, for a station 200 m
-// above the ellipsoid. frequency in MHz.
+// above the ellipsoid. frequency in MHz. el is apparent when the station
+// applies refraction; a Moon that is up by it has its Doppler.
 void moon_calculate(const struct tm *utc, double latitude, double longitude, double frequency, SourceRecord *record);
+
+// The record's Moon figures from one position: az, el (geometric, degrees;
+// raised by refraction when that is on), ra, dec (degrees), distance (km),
+// hour_angle (degrees), the two-way doppler (Hz) that holds while the Moon is
+// up, and the station's latitude for the spatial offset.
+void moon_fill_record(double az, double el, double ra, double dec, double distance, double hour_angle, double doppler,
+                      double latitude, SourceRecord *record);

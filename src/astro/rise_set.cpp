@@ -1,81 +1,126 @@
 #include "astro/rise_set.h"
 
-#include <libnova/lunar.h>
+#include <cmath>
+#include <libnova/nutation.h>
 #include <libnova/rise_set.h>
-#include <libnova/solar.h>
 
-// The record lays rise, set and transit out as libnova's ln_rst_time; going
-// through a copy keeps the aliasing rules and the in-place meaning both.
-static void rst_load(const SourceRecord &record, struct ln_rst_time *rst)
+enum
 {
-    rst->rise = record.rise;
-    rst->set = record.set;
-    rst->transit = record.transit;
+    RST_DAY_SLOTS = 32 // ten bodies at the home and the DX station, with room for the map's clock
+};
+
+// libnova's answers for one body and station, asked at 0h UT of a day and at
+// the same time a day before and a day after. A body that does not rise or
+// set in an answer's day leaves that answer's status non-zero.
+struct RstDay
+{
+    BodyRstFunction function;
+    double latitude, longitude;
+    double day;
+    int status[3];
+    struct ln_rst_time times[3];
+};
+
+static RstDay rst_days[RST_DAY_SLOTS];
+static int rst_next_slot;
+
+void source_rst_forget(void)
+{
+    for (RstDay &d : rst_days)
+    {
+        d.function = nullptr;
+    }
+    rst_next_slot = 0;
 }
 
-static void rst_store(const struct ln_rst_time *rst, SourceRecord &record)
+static const RstDay *rst_day(BodyRstFunction function, double jd, struct ln_lnlat_posn *observer)
 {
-    record.rise = rst->rise;
-    record.set = rst->set;
-    record.transit = rst->transit;
+    double day = floor(jd - 0.5) + 0.5;
+    for (const RstDay &d : rst_days)
+    {
+        if (d.function == function && d.day == day && d.latitude == observer->lat && d.longitude == observer->lng)
+        {
+            return &d;
+        }
+    }
+    RstDay *d = &rst_days[rst_next_slot];
+    rst_next_slot = (rst_next_slot + 1) % RST_DAY_SLOTS;
+    d->function = function;
+    d->latitude = observer->lat;
+    d->longitude = observer->lng;
+    d->day = day;
+    for (int k = 0; k < 3; k++)
+    {
+        // libnova reuses a nutation within 0.1 day; one far away makes its
+        // search start afresh, so an answer never depends on what came before.
+        struct ln_nutation nutation;
+        ln_get_nutation(day + 1000.0, &nutation);
+        d->times[k] = {NAN, NAN, NAN};
+        d->status[k] = function(day + k - 1, observer, &d->times[k]);
+    }
+    return d;
 }
 
-int source_rst_body(BodyRstFunction function, double jd, struct ln_lnlat_posn *observer, SourceRecord &record)
+// The latest event of one kind at or before jd, or the earliest after it,
+// among the answers that found any; NAN when there is none.
+static double rst_pick(const RstDay *d, double ln_rst_time::*event, double jd, bool after)
 {
-    struct ln_rst_time rst;
-    rst_load(record, &rst);
-    record.rst_status = function(jd, observer, &rst);
-    rst_store(&rst, record);
-    return record.rst_status;
+    double best = NAN;
+    for (int k = 0; k < 3; k++)
+    {
+        double t = d->times[k].*event;
+        if (d->status[k] != 0 || std::isnan(t) || (after ? t <= jd : t > jd))
+        {
+            continue;
+        }
+        if (std::isnan(best) || (after ? t < best : t > best))
+        {
+            best = t;
+        }
+    }
+    return best;
+}
+
+// Like libnova, an event that was not found leaves the row's time as it was.
+static void rst_store(double *field, double t)
+{
+    if (!std::isnan(t))
+    {
+        *field = t;
+    }
 }
 
 int source_rst_star(double jd, struct ln_lnlat_posn *observer, struct ln_equ_posn *object, SourceRecord &record)
 {
-    struct ln_rst_time rst;
-    rst_load(record, &rst);
+    struct ln_rst_time rst = {record.rise, record.set, record.transit};
     record.rst_status = ln_get_object_rst(jd, observer, object, &rst);
-    rst_store(&rst, record);
+    record.rise = rst.rise;
+    record.set = rst.set;
+    record.transit = rst.transit;
     return record.rst_status;
 }
 
-// libnova answers for the day of jd, so a Moon that rose before 00:00 UT
-// gets today's later rise. Then yesterday's answer gives the rise it had, and
-// its set too if that is still to come.
-void source_rst_moon(double jd, struct ln_lnlat_posn *observer, SourceRecord &record)
+void source_rst_recent(BodyRstFunction function, double jd, struct ln_lnlat_posn *observer, SourceRecord &record)
 {
-    source_rst_body(ln_get_lunar_rst, jd, observer, record);
-    double kept_set = record.set;
-    if (record.above_horizon && record.rise > jd)
+    const RstDay *d = rst_day(function, jd, observer);
+    record.rst_status = d->status[1];
+    if (record.rst_status == 0)
     {
-        source_rst_body(ln_get_lunar_rst, jd - 1.0, observer, record);
-        if (!(record.set > jd))
-        {
-            record.set = kept_set;
-        }
+        rst_store(&record.rise, rst_pick(d, &ln_rst_time::rise, jd, false));
+        rst_store(&record.set, rst_pick(d, &ln_rst_time::set, jd, false));
+        rst_store(&record.transit, rst_pick(d, &ln_rst_time::transit, jd, false));
     }
 }
 
-// As for the Moon, and once the day's set has passed (or the answer's set
-// comes before its rise) the operator wants the coming set, from the next day.
-void source_rst_sun(double jd, struct ln_lnlat_posn *observer, SourceRecord &record)
+void source_rst_pass(BodyRstFunction function, double jd, struct ln_lnlat_posn *observer, SourceRecord &record)
 {
-    source_rst_body(ln_get_solar_rst, jd, observer, record);
-    double rise = record.rise;
-    double set = record.set;
-    if (record.above_horizon && rise > jd)
+    const RstDay *d = rst_day(function, jd, observer);
+    record.rst_status = d->status[1];
+    if (record.rst_status == 0)
     {
-        source_rst_body(ln_get_solar_rst, jd - 1.0, observer, record);
-        rise = record.rise;
-        if (record.set > jd)
-        {
-            set = record.set;
-        }
+        bool coming = !record.above_horizon;
+        rst_store(&record.rise, rst_pick(d, &ln_rst_time::rise, jd, coming));
+        rst_store(&record.transit, rst_pick(d, &ln_rst_time::transit, jd, coming));
+        rst_store(&record.set, rst_pick(d, &ln_rst_time::set, jd, true));
     }
-    if (jd > set || rise > set)
-    {
-        source_rst_body(ln_get_solar_rst, jd + 1.0, observer, record);
-        set = record.set;
-    }
-    record.rise = rise;
-    record.set = set;
 }

@@ -4,7 +4,10 @@
 #include "astro/moon.h"
 #include "astro/path.h"
 #include "astro/planets.h"
+#include "astro/precession.h"
+#include "astro/precise_moon.h"
 #include "astro/radio_sources.h"
+#include "astro/refraction.h"
 #include "astro/rise_set.h"
 #include "astro/sky_temperature.h"
 #include "astro/sun.h"
@@ -14,6 +17,7 @@
 #include <libnova/julian_day.h>
 #include <libnova/lunar.h>
 #include <libnova/nutation.h>
+#include <libnova/solar.h>
 #include <libnova/transform.h>
 
 // Everything a branch needs about the call.
@@ -67,35 +71,66 @@ static void source_star_horizontal(double ra_degrees, double dec, SourceCall *c,
     struct ln_hrz_posn hrz;
     ln_get_hrz_from_equ(&equ, &c->observer, c->jd, &hrz);
     record.az = fmod(hrz.az + 180.0, 360.0);
-    record.el = hrz.alt;
+    record.el = refraction_apparent_elevation(hrz.alt);
 }
 
-// Sky temperature behind a position, by its ecliptic longitude of date.
-static double source_sky_temperature(double ra_hours, double dec, SourceCall *c)
+// Radio sources and the user's RA/Dec are given at J2000. With precession on,
+// the antenna looks where the source stands on the sky of the date; the row
+// still shows the position as given, which the operator types and checks.
+static struct ln_equ_posn source_of_date(double ra_degrees, double dec, const SourceCall *c)
 {
-    struct ln_equ_posn equ = {ra_hours * 15.0, dec};
+    struct ln_equ_posn equ = {ra_degrees, dec};
+    if (settings.Precession)
+    {
+        precession_equ_of_date(ra_degrees, dec, c->jd, &equ.ra, &equ.dec);
+    }
+    return equ;
+}
+
+// Sky temperature behind a position of date, by its ecliptic longitude.
+static double source_sky_temperature(struct ln_equ_posn equ, SourceCall *c)
+{
     struct ln_lnlat_posn ecl;
     ln_get_ecl_from_equ(&equ, c->jd, &ecl);
     return sky_temperature(c->frequency, ecl.lng);
 }
 
-// The star rule with the sub-point: planets, radio sources, User RA/Dec.
-static void source_fixed_position(double ra_hours, double dec, SourceCall *c, SourceRecord &record)
+// The star rule with the sub-point: planets, radio sources, User RA/Dec. The
+// row shows (ra_hours, dec); the horizon sees the position of date.
+static void source_fixed_position(double ra_hours, double dec, struct ln_equ_posn of_date, SourceCall *c,
+                                  SourceRecord &record)
 {
     record.ra = ra_hours;
     record.dec = dec;
-    source_star_horizontal(ra_hours * 15.0, dec, c, record);
+    source_star_horizontal(of_date.ra, of_date.dec, c, record);
     sub_point(c->utc, ra_hours, dec, &record.sub_lat, &record.sub_lng);
+}
+
+// The home station stands at its own height; any other place (the DX
+// station) at the 200 m that the series Moon assumes.
+static double source_station_height(const SourceCall *c)
+{
+    int home = c->observer.lat == settings.Latitude && c->observer.lng == settings.Longitude;
+    return home ? settings.StationHeight : 200.0;
 }
 
 static void source_moon(SourceCall *c, SourceRecord &record)
 {
     if (c->mask & SOURCE_MASK_POSITION)
     {
-        moon_calculate(c->utc, c->observer.lat, c->observer.lng, c->frequency, &record);
+        if (settings.PreciseMoon)
+        {
+            precise_moon_calculate(c->utc, c->observer.lat, c->observer.lng, source_station_height(c), c->frequency,
+                                   &record);
+        }
+        else
+        {
+            moon_calculate(c->utc, c->observer.lat, c->observer.lng, c->frequency, &record);
+        }
+        struct ln_equ_posn equ = {record.ra, record.dec};
         record.ra /= 15.0;
         sub_point(c->utc, record.ra, record.dec, &record.sub_lat, &record.sub_lng);
-        record.sky_temp = source_sky_temperature(record.ra, record.dec, c);
+        record.sky_temp = source_sky_temperature(equ, c);
         record.path_loss = path_loss_db(record.distance);
         record.degradation = path_degradation_db(record.path_loss, record.sky_temp, c->frequency);
     }
@@ -105,7 +140,7 @@ static void source_moon(SourceCall *c, SourceRecord &record)
     }
     if (c->mask & SOURCE_MASK_RISE_SET)
     {
-        source_rst_moon(c->jd, &c->observer, record);
+        source_rst_pass(ln_get_lunar_rst, c->jd, &c->observer, record);
     }
 }
 
@@ -114,6 +149,8 @@ static void source_sun(SourceCall *c, SourceRecord &record)
     if (c->mask & SOURCE_MASK_POSITION)
     {
         sun_calculate(c->utc, c->observer.lat, c->observer.lng, &record);
+        record.el = refraction_apparent_elevation(record.el);
+        record.above_horizon = record.el >= 0.0;
         record.ra /= 15.0;
         sub_point(c->utc, record.ra, record.dec, &record.sub_lat, &record.sub_lng);
     }
@@ -127,7 +164,7 @@ static void source_sun(SourceCall *c, SourceRecord &record)
     }
     if (c->mask & SOURCE_MASK_RISE_SET)
     {
-        source_rst_sun(c->jd, &c->observer, record);
+        source_rst_pass(ln_get_solar_rst, c->jd, &c->observer, record);
     }
 }
 
@@ -137,12 +174,13 @@ static void source_user_radec(SourceCall *c, SourceRecord &record)
 {
     if (c->mask & SOURCE_MASK_POSITION)
     {
-        source_fixed_position(settings.User_RA, settings.User_Declination, c, record);
-        record.sky_temp = source_sky_temperature(record.ra, record.dec, c);
+        struct ln_equ_posn equ = source_of_date(settings.User_RA * 15.0, settings.User_Declination, c);
+        source_fixed_position(settings.User_RA, settings.User_Declination, equ, c, record);
+        record.sky_temp = source_sky_temperature(equ, c);
     }
     if (c->mask & SOURCE_MASK_RISE_SET)
     {
-        struct ln_equ_posn equ = {record.ra * 15.0, record.dec};
+        struct ln_equ_posn equ = source_of_date(record.ra * 15.0, record.dec, c);
         source_rst_star(c->jd - 1.0, &c->observer, &equ, record);
     }
     record.distance = 0.0;
@@ -156,7 +194,7 @@ static void source_planet(const PlanetFunctions *planet, SourceCall *c, SourceRe
     {
         struct ln_equ_posn equ;
         planet->equ_coords(c->jd, &equ);
-        source_fixed_position(equ.ra / 15.0, equ.dec, c, record);
+        source_fixed_position(equ.ra / 15.0, equ.dec, equ, c, record);
     }
     if (c->mask & SOURCE_MASK_DISTANCE)
     {
@@ -168,19 +206,20 @@ static void source_planet(const PlanetFunctions *planet, SourceCall *c, SourceRe
     }
     if (c->mask & SOURCE_MASK_RISE_SET)
     {
-        source_rst_body(planet->rst, c->jd - 1.0, &c->observer, record);
+        source_rst_recent(planet->rst, c->jd, &c->observer, record);
     }
 }
 
 static void source_radio(struct ln_equ_posn *equ, SourceCall *c, SourceRecord &record)
 {
+    struct ln_equ_posn of_date = source_of_date(equ->ra, equ->dec, c);
     if (c->mask & SOURCE_MASK_POSITION)
     {
-        source_fixed_position(equ->ra / 15.0, equ->dec, c, record);
+        source_fixed_position(equ->ra / 15.0, equ->dec, of_date, c, record);
     }
     if (c->mask & SOURCE_MASK_RISE_SET)
     {
-        source_rst_star(c->jd - 1.0, &c->observer, equ, record);
+        source_rst_star(c->jd - 1.0, &c->observer, &of_date, record);
     }
 }
 

@@ -21,6 +21,13 @@ enum SourceMask
 // at latitude, longitude (degrees, north and east), frequency in MHz. An index
 // outside 0..26 only marks the record computed. Only the fields the mask and
 // the source's class name are touched.
+//
+// The station's choices in settings apply: PreciseMoon (the Moon from the full
+// lunar theory, for a station at the home station's latitude and longitude at
+// StationHeight, for any other at 200 m), Refraction (the elevation of every
+// sky source is the apparent one; the user's and the remote programs'
+// directions are taken as given) and Precession (radio sources and User RA/Dec
+// are precessed from J2000 to the date before they meet the horizon).
 void source_calculate(int index, int mask, const struct tm *utc, double latitude, double longitude, double frequency,
                       SourceRecord &record);
 

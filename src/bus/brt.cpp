@@ -10,11 +10,12 @@ static int brt_valid(int a)
 
 int brt_read_register(int a, uint16_t reg, uint16_t *value)
 {
+    uint8_t body[2];
     uint8_t frame[3];
     uint8_t reply[3];
-    frame[0] = sei_first_byte(SEI_CLASS_REGISTER_READ, a);
-    sei_put_u16(frame + 1, reg);
-    if (sei_transact(frame, sizeof frame, reply, sizeof reply, SEI_BUDGET_NORMAL) != 6)
+    sei_put_u16(body, reg);
+    int length = sei_frame(SEI_CLASS_REGISTER_READ, a, body, sizeof body, frame);
+    if (sei_transact(frame, length, reply, sizeof reply, SEI_BUDGET_NORMAL) != 6)
     {
         return 1;
     }
@@ -24,12 +25,13 @@ int brt_read_register(int a, uint16_t reg, uint16_t *value)
 
 int brt_write_register(int a, uint16_t reg, uint16_t value)
 {
+    uint8_t body[4];
     uint8_t frame[5];
     uint8_t reply[1];
-    frame[0] = sei_first_byte(SEI_CLASS_REGISTER_WRITE, a);
-    sei_put_u16(frame + 1, reg);
-    sei_put_u16(frame + 3, value);
-    if (sei_transact(frame, sizeof frame, reply, sizeof reply, SEI_BUDGET_NORMAL) != 6)
+    sei_put_u16(body, reg);
+    sei_put_u16(body + 2, value);
+    int length = sei_frame(SEI_CLASS_REGISTER_WRITE, a, body, sizeof body, frame);
+    if (sei_transact(frame, length, reply, sizeof reply, SEI_BUDGET_NORMAL) != 6)
     {
         return 1;
     }

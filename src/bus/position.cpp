@@ -36,7 +36,6 @@ struct AxisState
     uint8_t *changed;
     int32_t address;
     int channel;
-    int dial;
     const char *error_text;
 };
 
@@ -148,21 +147,33 @@ static AxisState position_axis(int elevation)
 {
     if (!elevation)
     {
-        return {&az_encoder_ready, &az_mode,
-                &az_resolution,    &az_range,
-                &az_raw,           &az_last_raw,
-                &az_adc_position,  &az_position,
-                &az_read_status,   &az_changed,
-                settings.AZ_Addr,  0,
-                DIAL_AZIMUTH,      "Azimuth read error"};
+        return {.ready = &az_encoder_ready,
+                .mode = &az_mode,
+                .resolution = &az_resolution,
+                .range = &az_range,
+                .raw = &az_raw,
+                .last_raw = &az_last_raw,
+                .adc_position = &az_adc_position,
+                .position = &az_position,
+                .read_status = &az_read_status,
+                .changed = &az_changed,
+                .address = settings.AZ_Addr,
+                .channel = 0,
+                .error_text = "Azimuth read error"};
     }
-    return {&el_encoder_ready, &el_mode,
-            &el_resolution,    &el_range,
-            &el_raw,           &el_last_raw,
-            &el_adc_position,  &el_position,
-            &el_read_status,   &el_changed,
-            settings.EL_Addr,  1,
-            DIAL_ELEVATION,    "Elevation read error"};
+    return {.ready = &el_encoder_ready,
+            .mode = &el_mode,
+            .resolution = &el_resolution,
+            .range = &el_range,
+            .raw = &el_raw,
+            .last_raw = &el_last_raw,
+            .adc_position = &el_adc_position,
+            .position = &el_position,
+            .read_status = &el_read_status,
+            .changed = &el_changed,
+            .address = settings.EL_Addr,
+            .channel = 1,
+            .error_text = "Elevation read error"};
 }
 
 // The analogue reading of the axis's channel, or 0.0 without one. The second
@@ -245,7 +256,7 @@ static int position_encoder(AxisState *axis, double *degrees)
     }
     else
     {
-        status = sei_read_position(axis->address, *axis->mode, axis->raw);
+        status = sei_read_position(axis->address, *axis->mode, *axis->resolution, axis->raw);
     }
     if (status != 0)
     {

@@ -6,11 +6,23 @@
 #include <cstdio>
 #include <cstring>
 
-uint8_t sei_first_byte(int frame_class, int address)
+int sei_frame(int frame_class, int address, const uint8_t *body, int body_length, uint8_t *frame)
 {
-    // Only the low four bits carry the address, so an unset address (-1)
-    // goes out as the broadcast address.
-    return (uint8_t)(frame_class | (address & 0x0F));
+    // Only the low four bits carry the address: an unset address (-1) would
+    // go out as the broadcast that every board obeys, and 20 would reach the
+    // device at 4. Such a frame is not laid out at all.
+    int broadcast_class = frame_class == SEI_CLASS_SLEEP || frame_class == SEI_CLASS_WAKEUP;
+    int last = broadcast_class ? SEI_BROADCAST : SEI_BROADCAST - 1;
+    if (address < 0 || address > last || body_length < 0 || 1 + body_length > SEI_FRAME_MAX)
+    {
+        return 0;
+    }
+    frame[0] = (uint8_t)(frame_class | address);
+    if (body_length > 0)
+    {
+        memcpy(frame + 1, body, (size_t)body_length);
+    }
+    return 1 + body_length;
 }
 
 void sei_put_u16(uint8_t *at, uint16_t value)
@@ -39,16 +51,20 @@ uint32_t sei_get_u32(const uint8_t *at)
 
 int sei_command_frame(int address, int command, const uint8_t *args, int arg_count, uint8_t *frame)
 {
-    frame[0] = sei_first_byte(SEI_CLASS_COMMAND, address);
+    int length = sei_frame(SEI_CLASS_COMMAND, address, nullptr, 0, frame);
+    if (length == 0 || arg_count < 0 || 2 + arg_count > SEI_FRAME_MAX)
+    {
+        return 0;
+    }
     frame[1] = (uint8_t)command;
     if (arg_count > 0)
     {
         memcpy(frame + 2, args, (size_t)arg_count);
     }
-    return 2 + (arg_count > 0 ? arg_count : 0);
+    return 2 + arg_count;
 }
 
-int sei_decode_position(uint8_t mode, const uint8_t *reply, int count, uint32_t *position)
+int sei_decode_position(uint8_t mode, uint16_t resolution, const uint8_t *reply, int count, uint32_t *position)
 {
     if (mode & MODE_32BIT)
     {
@@ -59,8 +75,10 @@ int sei_decode_position(uint8_t mode, const uint8_t *reply, int count, uint32_t 
         *position = sei_get_u32(reply);
         return 0;
     }
-    // Some 16-bit encoders answer a small position with one byte only.
-    if (count == 1)
+    // Our station's rule: an encoder whose whole turn fits in one byte may
+    // answer with that byte alone; from any other a lone byte is a reply cut
+    // short, and taking it as a position would swing the antenna.
+    if (count == 1 && resolution >= 1 && resolution <= 256)
     {
         *position = reply[0];
         return 0;
@@ -101,14 +119,15 @@ static int sei_query(int a, int command, uint8_t *reply, int reply_length, int b
     return sei_exchange(frame, length, reply, reply_length, budget);
 }
 
-int sei_read_position(int a, uint8_t mode, uint32_t *position)
+int sei_read_position(int a, uint8_t mode, uint16_t resolution, uint32_t *position)
 {
-    uint8_t frame[1] = {sei_first_byte(SEI_CLASS_POSITION, a)};
+    uint8_t frame[1];
     uint8_t reply[4];
     int width = (mode & MODE_32BIT) ? 4 : 2;
-    int moved = sei_transact(frame, 1, reply, width, SEI_BUDGET_SHORT);
+    int length = sei_frame(SEI_CLASS_POSITION, a, nullptr, 0, frame);
+    int moved = sei_transact(frame, length, reply, width, SEI_BUDGET_SHORT);
     uint32_t value = 0;
-    int status = moved < 1 ? 1 : sei_decode_position(mode, reply, moved - 1, &value);
+    int status = moved < 1 ? 1 : sei_decode_position(mode, resolution, reply, moved - 1, &value);
     if (status == 0)
     {
         *position = value;
@@ -279,7 +298,7 @@ int sei_read_gpio(int a, uint8_t *gpio, uint8_t *status)
 // A write: its frame out, one status byte back.
 static int sei_write(int a, int command, const uint8_t *args, int arg_count, int budget, uint8_t *status)
 {
-    uint8_t frame[32];
+    uint8_t frame[SEI_FRAME_MAX];
     uint8_t reply[1];
     int length = sei_command_frame(a, command, args, arg_count, frame);
     int result = sei_exchange(frame, length, reply, 1, budget);
@@ -412,16 +431,18 @@ int sei_display_msg(int a, uint8_t x, uint8_t y, uint8_t length, const char *tex
 
 int sei_sleep(int a)
 {
-    uint8_t frame[1] = {sei_first_byte(SEI_CLASS_SLEEP, a)};
-    int result = sei_transact(frame, 1, nullptr, 0, 0) == 1 ? 0 : 1;
+    uint8_t frame[1];
+    int length = sei_frame(SEI_CLASS_SLEEP, a, nullptr, 0, frame);
+    int result = sei_transact(frame, length, nullptr, 0, 0) == 1 ? 0 : 1;
     sei_log("%s(%d): status=%d\n", __func__, a, result);
     return result;
 }
 
 int sei_wakeup(void)
 {
-    uint8_t frame[1] = {sei_first_byte(SEI_CLASS_WAKEUP, SEI_BROADCAST)};
-    int result = sei_transact(frame, 1, nullptr, 0, 0) == 1 ? 0 : 1;
+    uint8_t frame[1];
+    int length = sei_frame(SEI_CLASS_WAKEUP, SEI_BROADCAST, nullptr, 0, frame);
+    int result = sei_transact(frame, length, nullptr, 0, 0) == 1 ? 0 : 1;
     sei_log("%s(%d): status=%d\n", __func__, SEI_BROADCAST, result);
     // The encoders need a moment after the wake-up before the first frame.
     sys_sleep_ms(5);

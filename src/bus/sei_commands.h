@@ -58,23 +58,31 @@ enum
 {
     SEI_BROADCAST = 15,
     SEI_DISPLAY_MAX_TEXT = 20,
+    SEI_FRAME_MAX = 5 + SEI_DISPLAY_MAX_TEXT, // the display text frame is the longest
     SEI_FACTORY_REPLY = 15
 };
 
-// Frames and replies as bytes, apart from any port.
-uint8_t sei_first_byte(int frame_class, int address);
+// Frames and replies as bytes, apart from any port. Every frame is laid out
+// here: the first byte of the class and address, then the body. Returns the
+// frame's length, or 0 for an address no device can have (outside 0 to 14,
+// where sleep and wake-up may also use the broadcast 15); sei_transact sends
+// no frame of length 0.
+int sei_frame(int frame_class, int address, const uint8_t *body, int body_length, uint8_t *frame);
 void sei_put_u16(uint8_t *at, uint16_t value);
 void sei_put_u32(uint8_t *at, uint32_t value);
 uint16_t sei_get_u16(const uint8_t *at);
 uint32_t sei_get_u32(const uint8_t *at);
-// A multi-byte frame: first byte, command number, arguments. Returns its length.
+// A multi-byte frame: first byte, command number, arguments. Returns its
+// length, 0 as sei_frame does.
 int sei_command_frame(int address, int command, const uint8_t *args, int arg_count, uint8_t *frame);
-// The position in a reply of `count` bytes: 0 and the position, or 1.
-int sei_decode_position(uint8_t mode, const uint8_t *reply, int count, uint32_t *position);
+// The position in a reply of `count` bytes: 0 and the position, or 1. A
+// single byte counts only from an encoder of at most 256 counts a turn.
+int sei_decode_position(uint8_t mode, uint16_t resolution, const uint8_t *reply, int count, uint32_t *position);
 void sei_decode_factory_info(const uint8_t *reply, EncoderFactoryInfo *info, uint8_t *crc);
 
-// Reads.
-int sei_read_position(int a, uint8_t mode, uint32_t *position);
+// Reads. The position read takes the encoder's resolution in force, which
+// tells whether a one-byte answer is whole.
+int sei_read_position(int a, uint8_t mode, uint16_t resolution, uint32_t *position);
 int sei_read_factory_info(int a, EncoderFactoryInfo *info, uint8_t *crc);
 int sei_read_resolution(int a, uint16_t *resolution, uint8_t *status);
 int sei_read_mode(int a, uint8_t *mode, uint8_t *status);

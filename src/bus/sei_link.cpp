@@ -48,9 +48,8 @@ int sei_load_settings(const char *ini_name, SeiSettings *record)
     SeiDebugVerbose = ini_int(&ini, sei_section, "SeiDebugVerbose", "0");
     ini_text(&ini, sei_section, "PortName", sei_default_port, record->PortName, sizeof record->PortName);
     record->BaudRate = settings_baud_index(ini_int(&ini, sei_section, "BaudRate", "9600"));
-    record->DataBits = ini_int(&ini, sei_section, "DataBits", "8") == 7 ? 0 : 1;
-    double stop = ini_double(&ini, sei_section, "StopBits", "1");
-    record->StopBits = stop == 1.0 ? 0 : stop == 1.5 ? 1 : 2;
+    record->DataBits = settings_data_bits_index(ini_int(&ini, sei_section, "DataBits", "8"));
+    record->StopBits = settings_stop_bits_index(ini_double(&ini, sei_section, "StopBits", "1"));
     record->Parity = settings_parity_index(ini_value(&ini, sei_section, "Parity", "None"));
     record->FlowControl = settings_flow_index(ini_value(&ini, sei_section, "FlowControl", "None"));
     return 0;
@@ -58,19 +57,17 @@ int sei_load_settings(const char *ini_name, SeiSettings *record)
 
 int sei_save_settings(const char *ini_name, const SeiSettings *record)
 {
-    static const char *const stop_words[3] = {"1", "1.5", "2"};
     char path[600];
     settings_path(ini_name, path, sizeof path);
     IniFile ini;
     ini_read(path, &ini);
 
-    int stop = record->StopBits >= 0 && record->StopBits <= 2 ? record->StopBits : 2;
     ini_set_int(&ini, sei_section, "SeiDebug", SeiDebug);
     ini_set_int(&ini, sei_section, "SeiDebugVerbose", SeiDebugVerbose);
     ini_set(&ini, sei_section, "PortName", record->PortName);
     ini_set_int(&ini, sei_section, "BaudRate", settings_baud_rate(record->BaudRate));
-    ini_set_int(&ini, sei_section, "DataBits", record->DataBits == 0 ? 7 : 8);
-    ini_set(&ini, sei_section, "StopBits", stop_words[stop]);
+    ini_set_int(&ini, sei_section, "DataBits", settings_data_bits(record->DataBits));
+    ini_set(&ini, sei_section, "StopBits", settings_stop_bits_text(record->StopBits));
     ini_set(&ini, sei_section, "Parity", settings_parity_text(record->Parity));
     ini_set(&ini, sei_section, "FlowControl", settings_flow_text(record->FlowControl));
     return ini_write(path, &ini) == 0 ? 0 : -1;
@@ -255,6 +252,23 @@ int sei_open(void)
     return 0;
 }
 
+// What was written must leave before the port goes: the sleep frame sent
+// just before the close would otherwise be thrown away unsent. A line held
+// back by flow control must not hold up the exit, so the wait is bounded by
+// the longest frame's time at the slowest speed.
+static void sei_drain(int fd)
+{
+    for (int waited = 0; waited < 300; waited++)
+    {
+        int queued = 0;
+        if (ioctl(fd, TIOCOUTQ, &queued) != 0 || queued <= 0)
+        {
+            return;
+        }
+        poll(nullptr, 0, 1);
+    }
+}
+
 int sei_close(void)
 {
     sei_save_settings(ini_file_name, &sei_settings);
@@ -264,9 +278,11 @@ int sei_close(void)
     std::lock_guard<std::mutex> hold(sei_mutex);
     if (sei_fd >= 0)
     {
+        sei_drain(sei_fd);
         int lines = TIOCM_DTR;
         ioctl(sei_fd, TIOCMBIC, &lines);
-        tcflush(sei_fd, TCIOFLUSH);
+        // Only what came in is dropped; the output has gone.
+        tcflush(sei_fd, TCIFLUSH);
         ioctl(sei_fd, TIOCNXCL);
         close(sei_fd);
         sei_fd = -1;
@@ -318,7 +334,8 @@ int sei_transact(const uint8_t *request, int request_length, uint8_t *reply, int
     {
         memset(reply, 0, (size_t)reply_length);
     }
-    if (sei_fd < 0)
+    // A frame refused for its address has no bytes and never reaches the line.
+    if (sei_fd < 0 || request_length < 1)
     {
         return -1;
     }

@@ -38,7 +38,7 @@ int sei_is_open(void);
 void sei_link_reset(void);
 
 // One request and its reply. Returns the bytes written plus the bytes read,
-// or -1 when the port is closed or the write failed. The read gives up after
+// or -1 when the port is closed, the request is empty or the write failed. The read gives up after
 // read_attempts empty reads of about 2 ms each, counted over the whole reply.
 int sei_transact(const uint8_t *request, int request_length, uint8_t *reply, int reply_length, int read_attempts);
 

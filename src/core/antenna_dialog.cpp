@@ -98,6 +98,9 @@ void AntennaDialog::fillControls(void)
     antenna_fill_guard(ui->ElGuardTimeEdit, s.ElevationGuardTime);
     ui->AzJogEnable->setChecked(s.AzimuthJogEnable != 0);
     ui->ElJogEnable->setChecked(s.ElevationJogEnable != 0);
+    ui->PreciseMoonEnable->setChecked(s.PreciseMoon != 0);
+    ui->RefractionEnable->setChecked(s.Refraction != 0);
+    ui->PrecessionEnable->setChecked(s.Precession != 0);
 
     antenna_show(ui->AzSlowDegreesEdit, "%0.1f", s.AzimuthSlowDegrees);
     antenna_show(ui->ElSlowDegreesEdit, "%0.1f", s.ElevationSlowDegrees);
@@ -131,6 +134,9 @@ void AntennaDialog::connectControls(void)
     connect(ui->ElGuardTimeEdit, changed, this, &AntennaDialog::ElGuardTimeChanged);
     connect(ui->AzJogEnable, &QCheckBox::clicked, this, &AntennaDialog::AzJogEnableChanged);
     connect(ui->ElJogEnable, &QCheckBox::clicked, this, &AntennaDialog::ElJogEnableChanged);
+    connect(ui->PreciseMoonEnable, &QCheckBox::clicked, this, &AntennaDialog::PreciseMoonChanged);
+    connect(ui->RefractionEnable, &QCheckBox::clicked, this, &AntennaDialog::RefractionChanged);
+    connect(ui->PrecessionEnable, &QCheckBox::clicked, this, &AntennaDialog::PrecessionChanged);
 
     const struct
     {
@@ -244,6 +250,21 @@ void AntennaDialog::ElSlowDegreesPressed(void)
 void AntennaDialog::ElJogEnableChanged(bool state)
 {
     settings.ElevationJogEnable = state;
+}
+
+void AntennaDialog::PreciseMoonChanged(bool enable)
+{
+    settings.PreciseMoon = enable;
+}
+
+void AntennaDialog::RefractionChanged(bool enable)
+{
+    settings.Refraction = enable;
+}
+
+void AntennaDialog::PrecessionChanged(bool enable)
+{
+    settings.Precession = enable;
 }
 
 void AntennaDialog::ElJogTimePressed(void)

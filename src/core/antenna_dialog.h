@@ -1,5 +1,6 @@
 // "Tracking Parameters": duty cycles, guard times, jog, slow degrees, range
-// limits, hysteresis, park and service positions. It has no copy of the
+// limits, hysteresis, park and service positions, and the sky model the drive
+// follows (precise Moon, refraction, precession). It has no copy of the
 // values: every control writes straight into settings, so a Cancel keeps
 // what was changed and only the caller's save after Ok makes it last.
 #pragma once
@@ -64,6 +65,9 @@ class AntennaDialog : public QDialog
     void ElParkPressed(void);
     void AzServicePressed(void);
     void ElServicePressed(void);
+    void PreciseMoonChanged(bool enable);
+    void RefractionChanged(bool enable);
+    void PrecessionChanged(bool enable);
 
   private:
     void fillControls(void);

@@ -21,6 +21,7 @@
 #include "remote/rotctl.h"
 #include "rig/doppler.h"
 #include "rig/rig_dialog.h"
+#include "skymap/skymap_dialog.h"
 #include "ui_mainwindow.h"
 #include "widgets/compass.h"
 #include "widgets/dx_station_dialog.h"
@@ -295,6 +296,7 @@ void MainWindow::createMenus(void)
     QMenu *tracking = menu_bar->addMenu(tr("Tracking"));
     tracking->setStyleSheet(panel_style_text(STYLE_MENU));
     connect(tracking->addAction(tr("Parameters")), &QAction::triggered, this, &MainWindow::Antenna);
+    connect(menu_bar->addAction(tr("SkyMap")), &QAction::triggered, this, &MainWindow::SkyMap);
     QAction *about = menu_bar->addAction(tr("About"));
     connect(about, &QAction::triggered, this, &MainWindow::About);
 }
@@ -460,6 +462,21 @@ void MainWindow::Antenna(void)
     if (dialog.exec() == QDialog::Accepted)
     {
         panel_antenna_accepted(ui->panelSlider->value());
+    }
+    panel_pause_end();
+    timer->start(CYCLE_TICK_MS);
+}
+
+// The map runs the source engine on its own clock and uses the source table
+// as its own, so the cycle and the drive stand still while it is open.
+void MainWindow::SkyMap(void)
+{
+    timer->stop();
+    panel_pause_begin();
+    SkyMapDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        UpdateDisplay();
     }
     panel_pause_end();
     timer->start(CYCLE_TICK_MS);

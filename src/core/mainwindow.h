@@ -85,6 +85,7 @@ class MainWindow : public QMainWindow
     void EasyComm(void);
     void RigControl(void);
     void Antenna(void);
+    void SkyMap(void);
     void About(void);
 
   private:

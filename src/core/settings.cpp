@@ -246,6 +246,10 @@ static void walk_home(SettingsWalk *w, SystemSettings *r)
     walk_double(w, "User_Elevation", "", &r->User_Elevation);
     walk_double(w, "User_RA", "", &r->User_RA);
     walk_double(w, "User_Declination", "", &r->User_Declination);
+    walk_int(w, "PreciseMoon", "0", &r->PreciseMoon);
+    walk_double(w, "StationHeight", "200", &r->StationHeight);
+    walk_int(w, "Refraction", "0", &r->Refraction);
+    walk_int(w, "Precession", "0", &r->Precession);
 }
 
 static void walk_antenna(SettingsWalk *w, SystemSettings *r)

@@ -54,6 +54,7 @@ double dx_latitude, dx_longitude;
 
 int32_t map_time_offset;
 DateTimeFields map_date_time;
+uint8_t map_first_tick = 1;
 
 uint8_t gpredict_running;
 uint8_t pstrotator_running;
@@ -64,6 +65,10 @@ int32_t trace_debug;
 int32_t SeiDebug, SeiDebugVerbose;
 
 uint16_t adc_samples[4][5];
+
+WeatherSettings weather = {-1, false, false};
+int16_t temperature_raw;
+uint32_t pressure_raw;
 
 SourceRecord *source_row(int source)
 {
@@ -122,6 +127,7 @@ void state_reset(void)
 
     map_time_offset = 0;
     memset(&map_date_time, 0, sizeof map_date_time);
+    map_first_tick = 1;
 
     gpredict_running = pstrotator_running = 0;
     remote_socket[0] = remote_socket[1] = -1;
@@ -130,6 +136,9 @@ void state_reset(void)
     trace_debug = 0;
     SeiDebug = SeiDebugVerbose = 0;
     memset(adc_samples, 0, sizeof adc_samples);
+    weather = {-1, false, false};
+    temperature_raw = 0;
+    pressure_raw = 0;
 }
 
 const char *TimeText(const struct tm *fields)

@@ -54,6 +54,10 @@ struct SystemSettings
     double User_Elevation;
     double User_RA;
     double User_Declination;
+    int32_t PreciseMoon;  // the Moon from the full lunar theory
+    double StationHeight; // metres above the ellipsoid, for the precise Moon
+    int32_t Refraction;   // apparent elevations
+    int32_t Precession;   // J2000 positions precessed to the date
     double Park_Azimuth;
     double Park_Elevation;
     double Service_Azimuth;
@@ -224,6 +228,8 @@ extern double dx_latitude, dx_longitude;
 // Time of the sky map and the time dialog.
 extern int32_t map_time_offset;
 extern DateTimeFields map_date_time;
+// 1 until the first timer tick of the first sky map window of the run.
+extern uint8_t map_first_tick;
 
 // Remote links.
 extern uint8_t gpredict_running;
@@ -238,6 +244,18 @@ extern int32_t SeiDebug, SeiDebugVerbose;
 
 // Analogue samples of the four ADC channels, cleared at start.
 extern uint16_t adc_samples[4][5];
+
+// The weather station as far as the sky needs it: the bus address (-1 for
+// none), which sensors are polled, and their last raw readings.
+struct WeatherSettings
+{
+    int32_t WxStationAddr;
+    bool Thermometer;
+    bool Barometer;
+};
+extern WeatherSettings weather;
+extern int16_t temperature_raw; // 0.1 degree C
+extern uint32_t pressure_raw;   // 0.001 mb at the station; 0 until the barometer answers
 
 // The row of a source. A TrackingSource from a hand-edited file may name no
 // row: it gets a scratch row of zeros, cleared at each call, which is below

@@ -64,6 +64,25 @@ TEST(AstroTool, MaskChoosesWhatIsComputed)
     EXPECT_EQ(row[18], "0"); // rise
 }
 
+// --precise with the station's height: the Moon over Colorado, 1600 m up,
+// against the Swiss Ephemeris (DE431) figures of the precise Moon's test:
+// azimuth 175.2979952, elevation 52.3423426, and a range growing by 0.2606 km
+// in 20 s, a shift of -901.2 Hz at 10368 MHz.
+TEST(AstroTool, PreciseMoonAtTheStationsHeight)
+{
+    ToolRun run = run_tool({"--csv", "--source", "0", "--mask", "1", "--precise", "--height", "1600"},
+                           "2025-03-14 06:58:00,39.7,-104.9,10368\n");
+    ASSERT_EQ(run.exit_code, 0) << run.err.toStdString();
+    QStringList row = run.out.split('\n', Qt::SkipEmptyParts).value(1).split(',');
+    ASSERT_EQ(row.size(), 22);
+    EXPECT_NEAR(row[4].toDouble(), 175.2979952, 0.001);
+    EXPECT_NEAR(row[5].toDouble(), 52.3423426, 0.001);
+    double range_rate = (396429.826915160 - 396429.566315768) / 20.0;
+    EXPECT_NEAR(row[6].toDouble(), -2.0 * range_rate * 10368e6 / 299792.458, 1.0);
+    run = run_tool({"--lat", "39.7", "--lon", "-104.9", "--utc", "2025-03-14 06:58:00", "--precise"}, "");
+    EXPECT_TRUE(run.out.contains("ELP 2000-82B, station 200 m up")) << run.out.toStdString();
+}
+
 // The readable table, with the Moon's rise of the evening before.
 TEST(AstroTool, TableShowsTheFigures)
 {
@@ -97,6 +116,7 @@ TEST(AstroTool, BadInputGivesOneLineAndAnErrorExit)
         {{"--csv", "--source", "-1"}, "", "--source"},
         {{"--lat", "52", "--lon", "5", "--utc", "yesterday"}, "", "malformed time"},
         {{"--lat", "95", "--lon", "5"}, "", "latitude"},
+        {{"--lat", "52", "--lon", "5", "--precise", "--height", "1e6"}, "", "--height"},
     };
     for (const Bad &c : cases)
     {

@@ -1,6 +1,7 @@
 #include "astro/source.h"
 
 #include "astro/angles.h"
+#include "astro/refraction.h"
 #include "astro_test_time.h"
 #include "support/test_env.h"
 
@@ -8,6 +9,8 @@
 #include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <libnova/precession.h>
+#include <libnova/transform.h>
 
 namespace
 {
@@ -278,4 +281,59 @@ TEST_F(Source, ResultsDoNotDependOnCallHistory)
             EXPECT_EQ(memcmp(figures(fresh)[i], figures(after)[i], sizeof(double)), 0) << index << " figure " << i;
         }
     }
+}
+
+// With refraction on, every sky source stands higher by the refraction of the
+// station's air (here the standard atmosphere 200 m up), its azimuth
+// unchanged; the directions the user or a remote program gave are taken as
+// they are. The Moon at 52 N, 5 E at the eclipse's end is 0.3 degree below the
+// horizon and refraction brings it up, with its Doppler.
+TEST_F(Source, RefractionRaisesTheSkySources)
+{
+    settings.StationHeight = 200.0;
+    settings.User_RA = 1.0;
+    settings.User_Elevation = 10.0;
+    double mb, celsius;
+    refraction_station_air(200.0, &mb, &celsius);
+    for (int index : {0, 1, 2, 3, 6, 13, (int)SOURCE_GPREDICT})
+    {
+        SCOPED_TRACE(index);
+        SourceRecord before = marked();
+        before.el = 10.0;
+        settings.Refraction = 0;
+        SourceRecord geometric = calculate(index, SOURCE_MASK_POSITION, eclipse, 52.0, 5.0, before);
+        settings.Refraction = 1;
+        SourceRecord apparent = calculate(index, SOURCE_MASK_POSITION, eclipse, 52.0, 5.0, before);
+        bool sky = index != SOURCE_USER_AZEL && index != SOURCE_GPREDICT;
+        double lift = sky ? refraction_degrees(geometric.el, mb, celsius) : 0.0;
+        EXPECT_DOUBLE_EQ(apparent.el, geometric.el + lift);
+        EXPECT_EQ(apparent.az, geometric.az);
+        if (index == SOURCE_MOON)
+        {
+            EXPECT_TRUE(geometric.el < 0.0 && geometric.doppler_hz == 0.0);
+            EXPECT_TRUE(apparent.above_horizon == 1u && apparent.doppler_hz != 0.0);
+        }
+    }
+}
+
+// With precession on, a radio source meets the horizon where it stands on
+// the sky of the date (libnova's own precession, an independent rendering of
+// the same theory), 0.2 degree from its J2000 place by 2024; the row still
+// shows the position as given.
+TEST_F(Source, PrecessionMovesRadioSourcesToTheDate)
+{
+    double jd = source_julian_day(&eclipse);
+    struct ln_equ_posn j2000 = {15.0 * (23.0 + 23.0 / 60.0 + 26.0 / 3600.0), 58.8}, of_date;
+    ln_get_equ_prec(&j2000, jd, &of_date);
+    struct ln_lnlat_posn observer = {5.0, 52.0};
+    struct ln_hrz_posn want;
+    ln_get_hrz_from_equ(&of_date, &observer, jd, &want);
+
+    SourceRecord given = calculate(13, SOURCE_MASK_ALL);
+    settings.Precession = 1;
+    SourceRecord r = calculate(13, SOURCE_MASK_ALL);
+    EXPECT_NEAR(r.el, want.alt, 1e-4);
+    EXPECT_NEAR(wrap180(r.az - want.az - 180.0), 0.0, 1e-4);
+    EXPECT_GT(hypot(r.el - given.el, (r.az - given.az) * cos(r.el / RAD)), 0.15);
+    EXPECT_TRUE(r.ra == given.ra && r.dec == given.dec && r.sub_lng == given.sub_lng);
 }

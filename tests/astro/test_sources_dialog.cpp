@@ -1,5 +1,6 @@
 #include "astro/sources_dialog.h"
 
+#include "astro/rise_set.h"
 #include "astro/source.h"
 #include "astro_test_time.h"
 #include "core/clock.h"
@@ -14,6 +15,7 @@
 #include <QApplication>
 #include <QTableWidget>
 #include <QTimer>
+#include <cstring>
 #include <gtest/gtest.h>
 
 namespace
@@ -62,6 +64,66 @@ class SourcesTable : public testing::Test
 };
 
 } // namespace
+
+// The table keeps the Sun's, the Moon's and the planets' rise and set per
+// station and day. Through events passing, a new UT day, a move of the
+// station and back, a DX Moon in between, and each station choice, every row
+// must equal what a computation with nothing kept gives from the same row.
+TEST_F(SourcesTable, KeptRiseAndSetEqualAFreshComputationOfEveryRow)
+{
+    struct Step
+    {
+        time_t utc;
+        double latitude, longitude;
+        int32_t *choice;
+        const char *what;
+    };
+    const Step steps[] = {
+        {astro_test_time(2024, 4, 8, 18, 17, 16), 52.0, 5.0, nullptr, "first refresh"},
+        {astro_test_time(2024, 4, 8, 18, 47, 16), 52.0, 5.0, nullptr, "the Sun and the Moon have set"},
+        {astro_test_time(2024, 4, 8, 23, 59, 59), 52.0, 5.0, nullptr, "the day's last second"},
+        {astro_test_time(2024, 4, 9, 0, 0, 1), 52.0, 5.0, nullptr, "a new UT day"},
+        {astro_test_time(2024, 4, 9, 0, 0, 2), -33.9, 151.2, nullptr, "another station"},
+        {astro_test_time(2024, 4, 9, 0, 0, 3), -33.9, 5.0, nullptr, "the home meridian, another latitude"},
+        {astro_test_time(2024, 4, 9, 5, 0, 0), 52.0, 5.0, nullptr, "back home, the Sun rising"},
+        {astro_test_time(2024, 4, 9, 5, 0, 0), 52.0, 5.0, &settings.Refraction, "refraction"},
+        {astro_test_time(2024, 4, 9, 5, 0, 0), 52.0, 5.0, &settings.Precession, "precession"},
+        {astro_test_time(2024, 4, 9, 5, 0, 0), 52.0, 5.0, &settings.PreciseMoon, "precise Moon"},
+        {astro_test_time(2024, 6, 21, 12, 0, 0), 78.2, 15.6, nullptr, "midnight Sun at Svalbard"},
+    };
+    settings.User_RA = 5.5;
+    settings.User_Declination = 20.0;
+    for (const Step &step : steps)
+    {
+        SCOPED_TRACE(step.what);
+        clock_freeze(step.utc);
+        settings.Latitude = step.latitude;
+        settings.Longitude = step.longitude;
+        if (step.choice)
+        {
+            *step.choice = 1;
+        }
+        SourceRecord before[SOURCE_COUNT];
+        memcpy(before, source_table, sizeof before);
+        d.Recalculate();
+        SourceRecord dx = {};
+        struct tm tm;
+        gmtime_r(&step.utc, &tm);
+        source_calculate(SOURCE_MOON, SOURCE_MASK_ALL, &tm, 40.0, -105.0, 1296.0, dx);
+
+        source_rst_forget();
+        for (int row = 0; row < SOURCE_COUNT; row++)
+        {
+            SourceRecord fresh = before[row];
+            source_calculate(row, SOURCE_MASK_ALL, &tm, step.latitude, step.longitude, 1296.0, fresh);
+            const SourceRecord &shown = source_table[row];
+            const double *a = &fresh.az, *b = &shown.az;
+            EXPECT_EQ(memcmp(a, b, (&fresh.transit - &fresh.az + 1) * sizeof(double)), 0) << row;
+            EXPECT_TRUE(fresh.rst_status == shown.rst_status && fresh.above_horizon == shown.above_horizon) << row;
+        }
+        EXPECT_EQ(cell(SOURCE_MOON, 7).size(), 11) << "the Moon has a rise";
+    }
+}
 
 // Remote rows show zeros until a protocol writes them; a row exactly on the
 // horizon is grey, one above it green. Every row is computed, at the time of

@@ -97,3 +97,23 @@ TEST_F(SimBus, DevicesFindTheNextFrameAfterNoise)
     EXPECT_DOUBLE_EQ(45.0, az_position);
     EXPECT_DOUBLE_EQ(10.0, el_position);
 }
+
+TEST_F(SimBus, ALoneByteIsAPositionOnlyFromAnEncoderWhoseTurnFitsInIt)
+{
+    control("set az 123");
+    EXPECT_EQ(0, ReadPosition());
+    // 180 degrees is 0x46 0x50; cut short, the 0x46 alone is not 0.70 degrees.
+    control("short 0 on");
+    control("set az 180");
+    EXPECT_EQ(1, ReadPosition());
+    EXPECT_EQ(1, az_read_status);
+    EXPECT_DOUBLE_EQ(123.0, az_position);
+    // An encoder of 256 counts a turn answers every read with one byte.
+    control("short 0 off");
+    uint8_t status = 0;
+    ASSERT_EQ(0, sei_change_resolution(0, 256, &status));
+    az_encoder_ready = 0;
+    EXPECT_EQ(0, ReadPosition());
+    EXPECT_EQ(1, frames_seen("< 80"));
+    EXPECT_DOUBLE_EQ(180.0, az_position);
+}

@@ -1,4 +1,4 @@
-#include "pty_peer.h"
+#include "sim_fixture.h"
 #include "support/test_env.h"
 
 #include "bus/brt.h"
@@ -37,7 +37,7 @@ TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
     EncoderFactoryInfo info = {};
     uint16_t adc = 0, resolution = 1234, reg = 0;
     int16_t temperature = 0;
-    uint32_t small = 0, ppr = 0;
+    uint32_t ppr = 0;
     char twenty[21];
     memset(twenty, 'A', 20);
     twenty[20] = 0;
@@ -51,7 +51,6 @@ TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
         Bytes frame;
     };
     const Row rows[] = {
-        {{0x2A}, [&] { return sei_read_position(0, 0x00, &small); }, 0, {0x10}},
         {{0x34, 0x12, 0x00}, [&] { return sei_read_adc(0, 2, &adc, &status); }, 0, {0xF0, 0x34, 0x02}},
         {{0xFF, 0xF6, 0x00}, [&] { return sei_read_thermometer(5, &temperature, &status); }, 0, {0xF5, 0x19}},
         {{0x00, 0x00, 0x10, 0x00, 0x01, 0x00}, [&] { return sei_read_ppr(1, &ppr, &level, &status); }, 0, {0xF1, 0x2A}},
@@ -90,7 +89,6 @@ TEST_F(SeiCommands, FramesRepliesAndResultsOnlyOnSuccess)
         EXPECT_EQ(row.frame, pty_peer_read(&peer, 64, 20)) << "row " << n;
         n++;
     }
-    EXPECT_EQ(42u, small);
     EXPECT_EQ(0x1234, adc);   // least significant byte first
     EXPECT_EQ(-10, temperature);
     EXPECT_EQ(4096u, ppr);
@@ -118,6 +116,60 @@ TEST_F(SeiCommands, NoiseIsTakenAsItComesAndTheRestWaits)
     EXPECT_EQ(0, sei_read_resolution(0, &resolution, &status));
     EXPECT_EQ((uint16_t)(noise[0] << 8 | noise[1]), resolution);
     uint32_t position = 0;
-    EXPECT_EQ(0, sei_read_position(0, MODE_32BIT, &position));
+    EXPECT_EQ(0, sei_read_position(0, MODE_32BIT, 36000, &position));
     EXPECT_EQ(sei_get_u32(&noise[3]), position);
+}
+
+// Only 0 to 14 are device addresses, and 15 only for sleep and wake-up: an
+// unset address (-1) would go out as a broadcast that every board obeys, and
+// 20 would reach the weather station at 4. Every command is refused before
+// its frame is laid out, and costs no time.
+TEST_F(SimBus, AddressesOutsideTheBusNeverReachTheWire)
+{
+    uint8_t u8 = 0;
+    uint16_t u16 = 0;
+    int16_t i16 = 0;
+    uint32_t u32 = 0;
+    EncoderFactoryInfo info = {};
+    const std::function<int(int)> commands[] = {
+        [&](int a) { return sei_read_position(a, 0, 36000, &u32); },
+        [&](int a) { return sei_read_factory_info(a, &info, &u8); },
+        [&](int a) { return sei_read_resolution(a, &u16, &u8); },
+        [&](int a) { return sei_read_mode(a, &u8, &u8); },
+        [&](int a) { return sei_read_wind_speed(a, &u16, &u8); },
+        [&](int a) { return sei_read_wind_direction(a, &u16, &u8); },
+        [&](int a) { return sei_read_thermometer(a, &i16, &u8); },
+        [&](int a) { return sei_read_barometer(a, &u32, &u8); },
+        [&](int a) { return sei_read_altimeter(a, &u32, &u8); },
+        [&](int a) { return sei_read_range(a, &u32, &u8); },
+        [&](int a) { return sei_read_ppr(a, &u32, &u8, &u8); },
+        [&](int a) { return sei_read_adc(a, 0, &u16, &u8); },
+        [&](int a) { return sei_read_gpio(a, &u8, &u8); },
+        [&](int a) { return sei_set_position(a, 0, 0, &u8); },
+        [&](int a) { return sei_assign_address(a, 2000, 5, &u8); },
+        [&](int a) { return sei_change_resolution(a, 3600, &u8); },
+        [&](int a) { return sei_change_mode_temporary(a, 0, &u8); },
+        [&](int a) { return sei_change_mode_power_up(a, 0, &u8); },
+        [&](int a) { return sei_write_barometer_calibration(a, 1, &u8); },
+        [&](int a) { return sei_write_range(a, 1, &u8); },
+        [&](int a) { return sei_write_ppr(a, 1, 0, &u8); },
+        [&](int a) { return sei_relay_control(a, 4, 1, &u8); },
+        [&](int a) { return sei_pwm_control(a, 4, 100, &u8); },
+        [&](int a) { return sei_display_msg(a, 0, 0, 3, "AZ", &u8); },
+        [&](int a) { return brt_read_register(a, 0, &u16); },
+        [&](int a) { return brt_write_register(a, 11, 0); },
+    };
+    for (int a : {-1, 15, 16, 20, 255})
+    {
+        for (size_t i = 0; i < sizeof commands / sizeof commands[0]; i++)
+        {
+            EXPECT_EQ(1, commands[i](a)) << "command " << i << " to " << a;
+        }
+        EXPECT_EQ(1, sei_sleep(a == 15 ? -1 : a)) << a;
+    }
+    EXPECT_EQ(0, sei_sleep(SEI_BROADCAST));
+    EXPECT_EQ(1, frames_arrived("> 5F", 1));
+    std::lock_guard<std::mutex> hold(sim->lock);
+    EXPECT_EQ(1, sim->station.frame_count) << "only the broadcast sleep went out";
+    EXPECT_EQ(0, sim->station.outputs[0].relay[4] | sim->station.outputs[1].relay[4]);
 }

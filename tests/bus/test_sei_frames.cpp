@@ -5,11 +5,12 @@
 
 #include <gtest/gtest.h>
 
-TEST(SeiFrames, PositionWidthFollowsModeBitTwo)
+TEST(SeiFrames, PositionWidthFollowsModeBitTwoAndTheResolution)
 {
     struct Row
     {
         uint8_t mode;
+        uint16_t resolution;
         uint8_t bytes[4];
         int count;
         int want_status;
@@ -17,18 +18,21 @@ TEST(SeiFrames, PositionWidthFollowsModeBitTwo)
         const char *why;
     };
     const Row rows[] = {
-        {0x00, {0x2A}, 1, 0, 42, "one byte alone is a small 16-bit position"},
-        {0x00, {0x46, 0x50}, 2, 0, 18000, "two bytes make a 16-bit position"},
-        {0x00, {}, 0, 1, 7, "no byte is a failure"},
-        {0x04, {0x00, 0x01, 0x86, 0xA0}, 4, 0, 100000, "mode bit 2 reads 32 bits"},
-        {0x04, {0x00, 0x01, 0x86}, 3, 1, 7, "three of four bytes is a failure"},
-        {0x04, {0x2A}, 1, 1, 7, "32-bit mode takes no short answer"},
-        {0x10, {0x12, 0x34}, 2, 0, 0x1234, "other mode bits do not change the width"},
+        {0x00, 256, {0x2A}, 1, 0, 42, "one byte is the whole answer of a 256-count encoder"},
+        {0x00, 36000, {0x46}, 1, 1, 7, "from any larger encoder one byte is a reply cut short"},
+        {0x00, 0, {0x2A}, 1, 1, 7, "an unknown resolution takes no short answer either"},
+        {0x00, 36000, {0x46, 0x50}, 2, 0, 18000, "two bytes make a 16-bit position"},
+        {0x00, 256, {}, 0, 1, 7, "no byte is a failure"},
+        {0x04, 36000, {0x00, 0x01, 0x86, 0xA0}, 4, 0, 100000, "mode bit 2 reads 32 bits"},
+        {0x04, 36000, {0x00, 0x01, 0x86}, 3, 1, 7, "three of four bytes is a failure"},
+        {0x04, 256, {0x2A}, 1, 1, 7, "32-bit mode takes no short answer"},
+        {0x10, 36000, {0x12, 0x34}, 2, 0, 0x1234, "other mode bits do not change the width"},
     };
     for (const Row &row : rows)
     {
         uint32_t position = 7;
-        EXPECT_EQ(row.want_status, sei_decode_position(row.mode, row.bytes, row.count, &position)) << row.why;
+        EXPECT_EQ(row.want_status, sei_decode_position(row.mode, row.resolution, row.bytes, row.count, &position))
+            << row.why;
         EXPECT_EQ(row.want, position) << row.why;
     }
 }

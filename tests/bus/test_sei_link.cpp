@@ -87,7 +87,7 @@ TEST_F(SeiLink, FailedOpenSavesTheDefaultsAndTheClosedPortFailsAtOnce)
     EXPECT_EQ(-1, sei_transact(request, 1, reply, 3, SEI_BUDGET_LONG));
     EXPECT_EQ(0, reply[0] | reply[1] | reply[2]);
     uint32_t position = 99;
-    EXPECT_EQ(1, sei_read_position(0, 0, &position));
+    EXPECT_EQ(1, sei_read_position(0, 0, 36000, &position));
     EXPECT_EQ(99u, position);
 }
 
@@ -185,7 +185,7 @@ TEST_F(SeiLink, DebugAloneWritesExactlyTheHeader)
     ASSERT_EQ(0, bus_open_on(peer.device));
     pty_peer_write(&peer, {0x00, 0x2A});
     uint32_t position = 0;
-    EXPECT_EQ(0, sei_read_position(0, 0, &position));
+    EXPECT_EQ(0, sei_read_position(0, 0, 36000, &position));
     sei_close();
     EXPECT_EQ("Log created: Tue Nov 14 22:13:20 2023\n"
               "=============================================\n",
@@ -214,7 +214,7 @@ TEST_F(SimBus, ControlCharactersCrossTheLineUnchanged)
     {
         control((std::string("set az ") + r.angle).c_str());
         uint32_t position = 0;
-        EXPECT_EQ(0, sei_read_position(0, 0, &position)) << r.angle;
+        EXPECT_EQ(0, sei_read_position(0, 0, 36000, &position)) << r.angle;
         EXPECT_EQ(r.counts, position) << r.angle;
     }
     uint8_t status = 0;
@@ -224,4 +224,29 @@ TEST_F(SimBus, ControlCharactersCrossTheLineUnchanged)
         std::lock_guard<std::mutex> hold(sim->lock);
         EXPECT_EQ(duty, sim->station.outputs[0].duty[3]) << (int)duty;
     }
+}
+
+// The devices are still busy with the last read when the program goes: the
+// sleep frame must wait in the line for them, not be thrown away at close.
+TEST_F(SimBus, TheSleepFrameOutlivesTheClose)
+{
+    // At 1200 baud the byte takes 8 ms to leave.
+    sei_link_reset();
+    sim->baud = 1200;
+    bus_set_key("BaudRate", "1200");
+    ASSERT_EQ(0, bus_open_on(sim->device));
+    control("late 0 500");
+    uint32_t position = 0;
+    EXPECT_EQ(1, sei_read_position(0, 0, 36000, &position));
+    EXPECT_EQ(0, sei_sleep(SEI_BROADCAST));
+    sei_close();
+    int sleeps = 0;
+    for (int i = 0; i < 300 && sleeps == 0; i++)
+    {
+        poll(nullptr, 0, 10);
+        std::lock_guard<std::mutex> hold(sim->lock);
+        sleeps = sim->station.sleep_frames;
+    }
+    EXPECT_EQ(1, sleeps);
+    EXPECT_NE(std::string::npos, control("state").find("\"asleep\":[0,1]"));
 }

@@ -208,13 +208,3 @@ TEST_F(SimDevices, SeededLineFaultsAndAStuckEncoder)
     control("stall az off");
     EXPECT_EQ(Bytes({0x4E, 0x20}), ask({0x10}));
 }
-
-TEST_F(SimDevices, AnEncoderOfAtMost256CountsAnswersOneByte)
-{
-    play({
-        {"set az 180", {0xF0, 0x0A, 0x01, 0x00}, {0x00}},
-        {nullptr, {0x10}, {0x80}},
-        {nullptr, {0xF0, 0x0A, 0x01, 0x01}, {0x00}},
-        {nullptr, {0x10}, {0x00, 0x80}},
-    });
-}

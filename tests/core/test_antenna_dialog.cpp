@@ -6,6 +6,7 @@
 #include "ui_antenna_dialog.h"
 #include "widgets/enter.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QPushButton>
 #include <gtest/gtest.h>
@@ -67,6 +68,13 @@ TEST_F(AntennaDialogTest, ShowsTheStoredValuesAndEachControlWritesItsOwn)
     EXPECT_EQ(settings.AzimuthGuardTime, 9.0);
     dialog.ui->ElJogEnable->click();
     EXPECT_EQ(settings.ElevationJogEnable, 0);
+    settings.Refraction = 1;
+    AntennaDialog sky;
+    EXPECT_TRUE(!sky.ui->PreciseMoonEnable->isChecked() && sky.ui->RefractionEnable->isChecked());
+    sky.ui->PreciseMoonEnable->click();
+    sky.ui->RefractionEnable->click();
+    sky.ui->PrecessionEnable->click();
+    EXPECT_TRUE(settings.PreciseMoon == 1 && settings.Refraction == 0 && settings.Precession == 1);
 }
 
 TEST_F(AntennaDialogTest, ValueButtonsTakeWhatAtofMakesOfTheKeypad)

@@ -43,7 +43,9 @@ static std::vector<KeyRow> documented_keys(void)
     std::vector<KeyRow> rows;
     add(rows, "HOME_DATA",
         "Callsign t, Grid t, Location t, TrackingSource i 0, Latitude d, Longitude d, Frequency d 1296.0");
-    add(rows, "USER_SETTINGS", "User_Azimuth d, User_Elevation d, User_RA d, User_Declination d");
+    add(rows, "USER_SETTINGS",
+        "User_Azimuth d, User_Elevation d, User_RA d, User_Declination d, PreciseMoon i 0,"
+        "StationHeight d 200, Refraction i 0, Precession i 0");
     add(rows, "ANTENNA",
         "Park_Azimuth d 180.00, Park_Elevation d 90.00, Service_Azimuth d 180.00, Service_Elevation d 90.00,"
         "Azimuth_Start d 1.00, Azimuth_Stop d 0.20, Elevation_Start d 1.00, Elevation_Stop d 0.20,"

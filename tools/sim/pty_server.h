@@ -24,10 +24,11 @@ struct SimServer
     char device[64] = "";
     char link[512] = "";
     // The devices' speed: a frame the program sends at another speed is noise
-    // to them. Each byte takes its bits' time on the wire both ways.
-    int baud = 9600;
-    int turnaround_ms = 3; // from a request's last byte to the reply's first
-    int instant = 0;       // 1: no wire time and no turnaround, for benchmarks
+    // to them. Each byte takes its bits' time on the wire both ways. These may
+    // change while the thread runs.
+    std::atomic<int> baud{9600};
+    std::atomic<int> turnaround_ms{3}; // from a request's last byte to the reply's first
+    std::atomic<int> instant{0};       // 1: no wire time and no turnaround, for benchmarks
     FILE *log = nullptr;   // every frame with its time, when asked for
     int64_t start_ms = 0;
 };
