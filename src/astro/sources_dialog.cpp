@@ -201,9 +201,9 @@ void SourcesDialog::ItemPressed(QTableWidgetItem *item)
     if (sources_cell_editable(row, column))
     {
         timer->stop();
-        char buffer[SOURCES_ENTRY_LENGTH + 4] = {};
+        char buffer[SOURCES_ENTRY_LENGTH + 4];
         text_copy(buffer, sizeof buffer, item->text().toLatin1().constData());
-        EnterNumber(buffer, SOURCES_ENTRY_LENGTH);
+        enter_number_field(buffer, sizeof buffer, SOURCES_ENTRY_LENGTH);
         item->setText(QString::fromLatin1(buffer));
         // No range test here: a text that is no number gives 0.
         sources_store_user_value(row, column, atof(buffer));

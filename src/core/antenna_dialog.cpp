@@ -28,14 +28,14 @@ int antenna_guard_index(double guard, int count)
 void antenna_enter_value(double *field, char *text, int size)
 {
     snprintf(text, size, "%0.1f", *field);
-    EnterNumber(text, 10);
+    enter_number_field(text, size, 10);
     *field = atof(text);
 }
 
 int antenna_enter_jog_time(int32_t *field, char *text, int size)
 {
     snprintf(text, size, "%d", *field);
-    EnterNumber(text, 10);
+    enter_number_field(text, size, 10);
     int value = atoi(text);
     if (value < 1 || value > 100)
     {

@@ -1,6 +1,7 @@
 #include "core/cycle.h"
 
 #include "core/state.h"
+#include "core/watchdog.h"
 #include "remote/easycomm.h"
 
 // A group's counter gains one tick and fires when it passes the threshold; the
@@ -30,6 +31,8 @@ void cycle_guard_timers(void)
 {
     az_guard_ms = az_guard_ms > CYCLE_TICK_MS ? az_guard_ms - CYCLE_TICK_MS : 0;
     el_guard_ms = el_guard_ms > CYCLE_TICK_MS ? el_guard_ms - CYCLE_TICK_MS : 0;
+    watch_tick(&az_watch, CYCLE_TICK_MS);
+    watch_tick(&el_watch, CYCLE_TICK_MS);
 }
 
 int cycle_display_mask(int refresh, int source, int last_source, int seconds)

@@ -60,7 +60,8 @@ CycleConditions cycle_conditions_now(void);
 // that fell due (bit n for CycleGroup n), whether or not an action was wired.
 uint32_t cycle_tick(const CycleActions *actions, const CycleConditions *conditions);
 
-// The guard timers' step: each loses a tick, never going below 0.
+// The guard timers' step: each loses a tick, never going below 0. The
+// watchdog's motor time gains the tick.
 void cycle_guard_timers(void);
 
 // The source mask of a display tick: 1, or 15 on the first tick or after a

@@ -16,9 +16,7 @@ static void display_source_position(const SourceRecord *row)
     char text[32];
     source_az = row->az;
     panel_dial_needle(DIAL_AZIMUTH, 1, source_az);
-    snprintf(text, sizeof text, "%7.2f", source_az);
-    panel_text(PANEL_SOURCE_AZIMUTH, text);
-    panel_dial_source_text(DIAL_AZIMUTH, text);
+    panel_dial_source_text(DIAL_AZIMUTH, panel_show_source_angle(PANEL_SOURCE_AZIMUTH, source_az));
 
     snprintf(text, sizeof text, "%5.2f", row->hour_angle);
     panel_text(PANEL_LHA, text);
@@ -27,9 +25,7 @@ static void display_source_position(const SourceRecord *row)
 
     source_el = row->el;
     panel_dial_needle(DIAL_ELEVATION, 1, source_el);
-    snprintf(text, sizeof text, "%7.2f", source_el);
-    panel_text(PANEL_SOURCE_ELEVATION, text);
-    panel_dial_source_text(DIAL_ELEVATION, text);
+    panel_dial_source_text(DIAL_ELEVATION, panel_show_source_angle(PANEL_SOURCE_ELEVATION, source_el));
 }
 
 // format takes month, day, hour and minute.
@@ -93,14 +89,6 @@ static void display_doppler(int source, const struct tm *tm, const SourceRecord 
     }
 }
 
-// A TrackingSource from a hand-edited file may name no row: the engine then
-// only marks a scratch record, and the panel shows its zeros.
-static SourceRecord *display_row(int source)
-{
-    static SourceRecord no_row;
-    return source >= 0 && source < SOURCE_COUNT ? &source_table[source] : &no_row;
-}
-
 void display_group(int source, int slider)
 {
     time_t now = clock_utc();
@@ -108,7 +96,7 @@ void display_group(int source, int slider)
     gmtime_r(&now, &tm);
 
     int mask = cycle_display_mask(refresh_now, source, last_tracking_source, tm.tm_sec);
-    SourceRecord *row = display_row(source);
+    SourceRecord *row = source_row(source);
     source_calculate(source, mask, &tm, settings.Latitude, settings.Longitude, settings.Frequency, *row);
     last_tracking_source = source;
     panel_text(PANEL_DATE_TIME, TimeText(&tm));

@@ -5,8 +5,10 @@
 #include "core/panel.h"
 #include "core/panel_seam.h"
 #include "core/state.h"
+#include "core/watchdog.h"
 
 #include <cmath>
+#include <cstring>
 
 static DriveBus drive_bus = {sei_relay_control, sei_pwm_control};
 
@@ -41,68 +43,194 @@ static void drive_pwm(int address, int port, int duty)
     }
 }
 
-// Off sends nothing once the axis is known to be off, so stopping one
-// direction and then the other costs a single frame.
-static void relay_switch(int address, int port, int on, int32_t *drive_on)
+// One way an axis turns: the direction value it sets, the relay and PWM
+// port that drive it, and its arrow on the panel.
+struct DriveMotion
+{
+    int direction;
+    int port;
+    int arrow;
+};
+
+// One axis as the drive sees it. Azimuth and elevation run the same code;
+// they differ only in what is filled in here. The one asymmetry worth a look:
+// a positive error increases the angle, which is azimuth right (direction
+// value 3) but elevation up (direction value 2).
+struct DriveAxis
+{
+    const char *stalled_text;
+    DriveMotion increasing; // what a positive error asks for
+    DriveMotion decreasing;
+    const int32_t *address;
+
+    int32_t *direction;
+    int32_t *drive_on;
+    int32_t *speed_mode;
+    int32_t *jog_shade;
+    int32_t *guard_ms;
+    int32_t *duty;
+    int32_t *pwm_port_state;
+    int32_t *pwm_active;
+    double *error;
+    double *start_error;
+    const uint8_t *manual;
+    const double *position;
+    const int32_t *read_status;
+    AxisWatch *watch;
+
+    const int32_t *pwm_enabled;
+    const int32_t *brake_enabled;
+    const int32_t *brake_delay_ms;
+    const double *start_threshold;
+    const double *stop_threshold;
+    const double *slow_degrees;
+    const double *slow_duty;
+    const double *fast_duty;
+    const double *manual_duty;
+    const double *guard_time_s;
+    const uint8_t *jog_enable;
+    const int32_t *jog_time_ms;
+};
+
+static const DriveAxis azimuth = {
+    .stalled_text = "Azimuth stalled",
+    .increasing = {.direction = DIR_RIGHT, .port = DRIVE_PORT_RIGHT, .arrow = PANEL_RIGHT},
+    .decreasing = {.direction = DIR_LEFT, .port = DRIVE_PORT_LEFT, .arrow = PANEL_LEFT},
+    .address = &settings.AZ_Addr,
+    .direction = &az_direction,
+    .drive_on = &az_drive_on,
+    .speed_mode = &az_speed_mode,
+    .jog_shade = &az_jog_shade,
+    .guard_ms = &az_guard_ms,
+    .duty = &az_duty,
+    .pwm_port_state = &az_pwm_port_state,
+    .pwm_active = &az_pwm_active,
+    .error = &az_error,
+    .start_error = &az_start_error,
+    .manual = &az_manual,
+    .position = &az_position,
+    .read_status = &az_read_status,
+    .watch = &az_watch,
+    .pwm_enabled = &settings.AzimuthPwmActive,
+    .brake_enabled = &settings.az_brake_enabled,
+    .brake_delay_ms = &settings.az_brake_delay,
+    .start_threshold = &settings.Azimuth_Start,
+    .stop_threshold = &settings.Azimuth_Stop,
+    .slow_degrees = &settings.AzimuthSlowDegrees,
+    .slow_duty = &settings.AzimuthSlowDutyCycle,
+    .fast_duty = &settings.AzimuthFastDutyCycle,
+    .manual_duty = &settings.AzimuthManualDutyCycle,
+    .guard_time_s = &settings.AzimuthGuardTime,
+    .jog_enable = &settings.AzimuthJogEnable,
+    .jog_time_ms = &settings.AzimuthJogTime,
+};
+
+static const DriveAxis elevation = {
+    .stalled_text = "Elevation stalled",
+    .increasing = {.direction = DIR_UP, .port = DRIVE_PORT_UP, .arrow = PANEL_UP},
+    .decreasing = {.direction = DIR_DOWN, .port = DRIVE_PORT_DOWN, .arrow = PANEL_DOWN},
+    .address = &settings.EL_Addr,
+    .direction = &el_direction,
+    .drive_on = &el_drive_on,
+    .speed_mode = &el_speed_mode,
+    .jog_shade = &el_jog_shade,
+    .guard_ms = &el_guard_ms,
+    .duty = &el_duty,
+    .pwm_port_state = &el_pwm_port_state,
+    .pwm_active = &el_pwm_active,
+    .error = &el_error,
+    .start_error = &el_start_error,
+    .manual = &el_manual,
+    .position = &el_position,
+    .read_status = &el_read_status,
+    .watch = &el_watch,
+    .pwm_enabled = &settings.ElevationPwmActive,
+    .brake_enabled = &settings.el_brake_enabled,
+    .brake_delay_ms = &settings.el_brake_delay,
+    .start_threshold = &settings.Elevation_Start,
+    .stop_threshold = &settings.Elevation_Stop,
+    .slow_degrees = &settings.ElevationSlowDegrees,
+    .slow_duty = &settings.ElevationSlowDutyCycle,
+    .fast_duty = &settings.ElevationFastDutyCycle,
+    .manual_duty = &settings.ElevationManualDutyCycle,
+    .guard_time_s = &settings.ElevationGuardTime,
+    .jog_enable = &settings.ElevationJogEnable,
+    .jog_time_ms = &settings.ElevationJogTime,
+};
+
+static const DriveMotion *motion_with_direction(const DriveAxis *a, int direction)
+{
+    return a->increasing.direction == direction ? &a->increasing : &a->decreasing;
+}
+
+static const DriveMotion *motion_opposite(const DriveAxis *a, const DriveMotion *m)
+{
+    return m == &a->increasing ? &a->decreasing : &a->increasing;
+}
+
+// Each relay port keeps its own state, and off goes to the port that is on:
+// with one flag for the axis, the off of the direction that was not running
+// used to clear it and leave the running relay closed.
+static void relay_switch(const DriveAxis *a, const DriveMotion *m, int on)
 {
     if (on)
     {
-        drive_relay(address, port, 1);
-        *drive_on = 1;
-        return;
+        drive_relay(*a->address, m->port, 1);
+        drive_relay_on[m->port] = 1;
     }
-    if (*drive_on == 1)
+    else if (drive_relay_on[m->port])
     {
-        drive_relay(address, port, 0);
+        drive_relay(*a->address, m->port, 0);
+        drive_relay_on[m->port] = 0;
     }
-    *drive_on = 0;
+    *a->drive_on = drive_relay_on[a->increasing.port] || drive_relay_on[a->decreasing.port];
 }
 
 void relay_az_left(int on)
 {
-    relay_switch(settings.AZ_Addr, DRIVE_PORT_LEFT, on, &az_drive_on);
+    relay_switch(&azimuth, &azimuth.decreasing, on);
 }
 
 void relay_az_right(int on)
 {
-    relay_switch(settings.AZ_Addr, DRIVE_PORT_RIGHT, on, &az_drive_on);
+    relay_switch(&azimuth, &azimuth.increasing, on);
 }
 
 void relay_el_up(int on)
 {
-    relay_switch(settings.EL_Addr, DRIVE_PORT_UP, on, &el_drive_on);
+    relay_switch(&elevation, &elevation.increasing, on);
 }
 
 void relay_el_down(int on)
 {
-    relay_switch(settings.EL_Addr, DRIVE_PORT_DOWN, on, &el_drive_on);
+    relay_switch(&elevation, &elevation.decreasing, on);
 }
 
-static void pwm_switch(int address, int port, int on, int on_state, int duty, int32_t *port_state, int32_t *active)
+static void pwm_switch(const DriveAxis *a, const DriveMotion *m, int on)
 {
-    drive_pwm(address, port, on ? duty : 0);
-    *port_state = on ? on_state : 1;
-    *active = on ? 1 : 0;
+    drive_pwm(*a->address, m->port, on ? *a->duty : 0);
+    *a->pwm_port_state = on ? m->direction : 1;
+    *a->pwm_active = on ? 1 : 0;
 }
 
 void pwm_az_left(int on)
 {
-    pwm_switch(settings.AZ_Addr, DRIVE_PORT_LEFT, on, DIR_LEFT, az_duty, &az_pwm_port_state, &az_pwm_active);
+    pwm_switch(&azimuth, &azimuth.decreasing, on);
 }
 
 void pwm_az_right(int on)
 {
-    pwm_switch(settings.AZ_Addr, DRIVE_PORT_RIGHT, on, DIR_RIGHT, az_duty, &az_pwm_port_state, &az_pwm_active);
+    pwm_switch(&azimuth, &azimuth.increasing, on);
 }
 
 void pwm_el_up(int on)
 {
-    pwm_switch(settings.EL_Addr, DRIVE_PORT_UP, on, DIR_UP, el_duty, &el_pwm_port_state, &el_pwm_active);
+    pwm_switch(&elevation, &elevation.increasing, on);
 }
 
 void pwm_el_down(int on)
 {
-    pwm_switch(settings.EL_Addr, DRIVE_PORT_DOWN, on, DIR_DOWN, el_duty, &el_pwm_port_state, &el_pwm_active);
+    pwm_switch(&elevation, &elevation.decreasing, on);
 }
 
 // Whatever the flags say: this is the switch-off of last resort, at STOP and
@@ -111,6 +239,7 @@ void all_relays_off(void)
 {
     az_drive_on = 0;
     el_drive_on = 0;
+    memset(drive_relay_on, 0, sizeof drive_relay_on);
     drive_relay(settings.EL_Addr, DRIVE_PORT_UP, 0);
     drive_relay(settings.EL_Addr, DRIVE_PORT_DOWN, 0);
     drive_relay(settings.AZ_Addr, DRIVE_PORT_LEFT, 0);
@@ -127,128 +256,117 @@ void all_pwm_off(void)
     az_pwm_active = el_pwm_active = 0;
 }
 
-static void duty_set(double percent, int address, int port_low, int port_high, int32_t *duty, int32_t port_state)
+static void axis_set_duty(const DriveAxis *a, double percent)
 {
     // Cut toward zero, so 24.9 and 24.0 are one duty and a steady move costs
     // no traffic.
     int whole = (int)percent;
-    if (whole == *duty)
+    if (whole == *a->duty)
     {
         return;
     }
-    *duty = whole;
-    if (port_state == 2)
+    *a->duty = whole;
+    if (*a->pwm_port_state != 1)
     {
-        drive_pwm(address, port_low, whole);
+        drive_pwm(*a->address, motion_with_direction(a, *a->pwm_port_state)->port, whole);
+        return;
     }
-    else if (port_state == 3)
-    {
-        drive_pwm(address, port_high, whole);
-    }
-    else
-    {
-        drive_pwm(address, port_low, 0);
-        drive_pwm(address, port_high, 0);
-    }
+    drive_pwm(*a->address, motion_with_direction(a, DIR_LEFT)->port, 0);
+    drive_pwm(*a->address, motion_with_direction(a, DIR_RIGHT)->port, 0);
 }
 
 void set_az_duty_cycle(double percent)
 {
-    duty_set(percent, settings.AZ_Addr, DRIVE_PORT_LEFT, DRIVE_PORT_RIGHT, &az_duty, az_pwm_port_state);
+    axis_set_duty(&azimuth, percent);
 }
 
 void set_el_duty_cycle(double percent)
 {
-    duty_set(percent, settings.EL_Addr, DRIVE_PORT_UP, DRIVE_PORT_DOWN, &el_duty, el_pwm_port_state);
+    axis_set_duty(&elevation, percent);
 }
 
 void brake_output(int) {}
 
-// What differs between the four directions: their state values, arrow,
-// outputs and the brake and PWM settings of their axis.
-struct DriveMotion
+static void motion_off(const DriveAxis *a, const DriveMotion *m)
 {
-    int32_t *direction;
-    int value;
-    int arrow;
-    void (*relay)(int on);
-    void (*pwm)(int on);
-    const int32_t *brake_enabled;
-    const int32_t *brake_delay;
-    const int32_t *pwm_active;
-};
-
-// A start releases the brake before the motor runs, and with PWM sets the
-// duty before the relay closes; a stop opens the relay first, lets the motor
-// run down for the brake delay, and only then engages the brake.
-static void motion(const DriveMotion *m, int on)
-{
-    if (on)
+    relay_switch(a, m, 0);
+    if (*a->direction != DIR_STOPPED && *a->direction != m->direction)
     {
-        if (*m->direction == m->value)
+        // The other way runs: its own off stops it, brake and all. This
+        // port's zero duty still goes out, but the axis's PWM state is the
+        // running port's.
+        if (*a->pwm_enabled)
         {
-            return;
+            drive_pwm(*a->address, m->port, 0);
         }
-        *m->direction = m->value;
-        panel_style(m->arrow, STYLE_DARKRED);
-        if (*m->brake_enabled)
-        {
-            brake_output(1);
-            brake_output(1);
-            sys_sleep_ms(100);
-        }
-        if (*m->pwm_active)
-        {
-            m->pwm(1);
-        }
-        m->relay(1);
         return;
     }
-    m->relay(0);
-    if (*m->brake_enabled && *m->direction != DIR_STOPPED)
+    if (*a->brake_enabled && *a->direction != DIR_STOPPED)
     {
-        sys_sleep_ms(*m->brake_delay);
+        sys_sleep_ms(*a->brake_delay_ms);
         brake_output(0);
         brake_output(0);
     }
-    if (*m->pwm_active)
+    if (*a->pwm_enabled)
     {
-        m->pwm(0);
+        pwm_switch(a, m, 0);
     }
-    *m->direction = DIR_STOPPED;
+    *a->direction = DIR_STOPPED;
     panel_style(m->arrow, STYLE_GRAY);
 }
 
-// Azimuth left and right, elevation up and down.
-static const DriveMotion motions[4] = {
-    {&az_direction, DIR_LEFT, PANEL_LEFT, relay_az_left, pwm_az_left, &settings.az_brake_enabled,
-     &settings.az_brake_delay, &settings.AzimuthPwmActive},
-    {&az_direction, DIR_RIGHT, PANEL_RIGHT, relay_az_right, pwm_az_right, &settings.az_brake_enabled,
-     &settings.az_brake_delay, &settings.AzimuthPwmActive},
-    {&el_direction, DIR_UP, PANEL_UP, relay_el_up, pwm_el_up, &settings.el_brake_enabled, &settings.el_brake_delay,
-     &settings.ElevationPwmActive},
-    {&el_direction, DIR_DOWN, PANEL_DOWN, relay_el_down, pwm_el_down, &settings.el_brake_enabled,
-     &settings.el_brake_delay, &settings.ElevationPwmActive},
-};
+// A start releases the brake before the motor runs, and with PWM sets the
+// duty before the relay closes; a stop opens the relay first, lets the motor
+// run down for the brake delay, and only then engages the brake. Like a
+// reversing contactor, a start first stops the other way.
+static void motion(const DriveAxis *a, const DriveMotion *m, int on)
+{
+    if (!on)
+    {
+        motion_off(a, m);
+        return;
+    }
+    if (*a->direction == m->direction)
+    {
+        return;
+    }
+    if (*a->direction != DIR_STOPPED)
+    {
+        motion_off(a, motion_opposite(a, m));
+    }
+    *a->direction = m->direction;
+    panel_style(m->arrow, STYLE_DARKRED);
+    if (*a->brake_enabled)
+    {
+        brake_output(1);
+        brake_output(1);
+        sys_sleep_ms(100);
+    }
+    if (*a->pwm_enabled)
+    {
+        pwm_switch(a, m, 1);
+    }
+    relay_switch(a, m, 1);
+}
 
 void az_left(int on)
 {
-    motion(&motions[0], on);
+    motion(&azimuth, &azimuth.decreasing, on);
 }
 
 void az_right(int on)
 {
-    motion(&motions[1], on);
+    motion(&azimuth, &azimuth.increasing, on);
 }
 
 void el_up(int on)
 {
-    motion(&motions[2], on);
+    motion(&elevation, &elevation.increasing, on);
 }
 
 void el_down(int on)
 {
-    motion(&motions[3], on);
+    motion(&elevation, &elevation.decreasing, on);
 }
 
 static void all_motions_off(void)
@@ -350,179 +468,118 @@ void drive_el_manual_pressed(void)
     panel_update_display();
 }
 
-// One arrow of one axis in MAN. `self` is the arrow's own direction,
-// `other` the opposite one of the same axis.
-static void jog_press(int manual, int32_t *speed_mode, void (*set_duty)(double), double manual_duty, double guard_time,
-                      const int32_t *direction, int own_value, void (*self)(int), void (*other)(int))
+// One arrow of one axis in MAN: a press starts, a second press stops, and the
+// other arrow's press reverses.
+static void arrow_press(const DriveAxis *a, const DriveMotion *m, int manual)
 {
     if (!manual)
     {
         return;
     }
-    *speed_mode = SPEED_MANUAL;
-    set_duty(manual_duty);
-    if (*direction == DIR_STOPPED)
+    *a->speed_mode = SPEED_MANUAL;
+    axis_set_duty(a, *a->manual_duty);
+    if (*a->direction == DIR_STOPPED)
     {
-        self(1);
+        motion(a, m, 1);
     }
-    else if (*direction == own_value)
+    else if (*a->direction == m->direction)
     {
-        self(0);
+        motion(a, m, 0);
     }
     else
     {
         // A reversal waits the whole seconds of the guard time, so the
         // gearbox is not thrown from one direction into the other.
-        other(0);
-        sys_sleep_ms((int)guard_time * 1000);
-        self(1);
+        motion(a, motion_opposite(a, m), 0);
+        sys_sleep_ms((int)*a->guard_time_s * 1000);
+        motion(a, m, 1);
     }
 }
 
 void drive_left_pressed(void)
 {
-    jog_press(az_manual, &az_speed_mode, set_az_duty_cycle, settings.AzimuthManualDutyCycle, settings.AzimuthGuardTime,
-              &az_direction, DIR_LEFT, az_left, az_right);
+    arrow_press(&azimuth, &azimuth.decreasing, az_manual);
 }
 
 void drive_right_pressed(void)
 {
-    jog_press(az_manual, &az_speed_mode, set_az_duty_cycle, settings.AzimuthManualDutyCycle, settings.AzimuthGuardTime,
-              &az_direction, DIR_RIGHT, az_right, az_left);
+    arrow_press(&azimuth, &azimuth.increasing, az_manual);
 }
 
 void drive_up_pressed(void)
 {
-    jog_press(el_manual, &el_speed_mode, set_el_duty_cycle, settings.ElevationManualDutyCycle,
-              settings.ElevationGuardTime, &el_direction, DIR_UP, el_up, el_down);
+    arrow_press(&elevation, &elevation.increasing, el_manual);
 }
 
 void drive_down_pressed(void)
 {
-    jog_press(el_manual, &el_speed_mode, set_el_duty_cycle, settings.ElevationManualDutyCycle,
-              settings.ElevationGuardTime, &el_direction, DIR_DOWN, el_down, el_up);
+    arrow_press(&elevation, &elevation.decreasing, el_manual);
 }
 
-// Stop an axis where it cannot be trusted: a limit, a failed read. Also the
-// end of a jog pulse.
-static void az_halt(void)
+// The one stop of an axis, for the stepping rules, a limit, a failed read
+// and the end of a jog pulse: the increasing motion's off when that runs,
+// else the decreasing one's. An idle axis so repeats the decreasing off,
+// which on a PWM axis sends that port a zero duty again.
+static const DriveMotion *axis_stop(const DriveAxis *a)
 {
-    if (az_direction == DIR_RIGHT)
-    {
-        az_right(0);
-    }
-    else
-    {
-        az_left(0);
-    }
+    const DriveMotion *m = *a->direction == a->increasing.direction ? &a->increasing : &a->decreasing;
+    motion_off(a, m);
+    return m;
 }
 
-static void el_halt(void)
+static void axis_start(const DriveAxis *a, double error)
 {
-    if (el_direction == DIR_UP)
-    {
-        el_up(0);
-    }
-    else
-    {
-        el_down(0);
-    }
+    motion(a, error > 0 ? &a->increasing : &a->decreasing, 1);
 }
-
-// The stop of the stepping rules. Azimuth switches both directions off when
-// it does not know which one runs.
-static void az_stop(void)
-{
-    if (az_direction == DIR_LEFT)
-    {
-        az_left(0);
-    }
-    else if (az_direction == DIR_RIGHT)
-    {
-        az_right(0);
-    }
-    else
-    {
-        az_left(0);
-        az_right(0);
-    }
-}
-
-static void az_start(double error)
-{
-    if (error > 0)
-    {
-        az_right(1);
-    }
-    else
-    {
-        az_left(1);
-    }
-}
-
-static void el_start(double error)
-{
-    if (error > 0)
-    {
-        el_up(1);
-    }
-    else
-    {
-        el_down(1);
-    }
-}
-
-// The jog pulse's end: the motor stops, and the arrow of the direction it
-// ran in stays lit so the operator sees the pulses.
-static int az_pulse_end(void)
-{
-    int shade = az_direction == DIR_RIGHT ? DIR_RIGHT : DIR_LEFT;
-    az_halt();
-    panel_style(shade == DIR_RIGHT ? PANEL_RIGHT : PANEL_LEFT, STYLE_DARKRED);
-    return shade;
-}
-
-static int el_pulse_end(void)
-{
-    int shade = el_direction == DIR_UP ? DIR_UP : DIR_DOWN;
-    el_halt();
-    panel_style(shade == DIR_UP ? PANEL_UP : PANEL_DOWN, STYLE_DARKRED);
-    return shade;
-}
-
-// One axis as the stepping rules see it: its state, its settings, and the
-// few actions in which azimuth and elevation differ.
-struct DriveAxis
-{
-    int32_t *drive_on;
-    int32_t *speed_mode;
-    int32_t *jog_shade;
-    int32_t *guard_ms;
-    double *error;
-    double *start_error;
-    const double *start, *stop, *slow_degrees, *slow_duty, *fast_duty, *guard_time;
-    const uint8_t *jog_enable;
-    const int32_t *jog_time;
-    int arrow_low, arrow_high;
-    void (*set_duty)(double percent);
-    void (*stop_motor)(void);
-    void (*start_motor)(double error);
-    int (*pulse_end)(void);
-};
 
 static void axis_stop_with_guard(const DriveAxis *a)
 {
-    a->stop_motor();
-    *a->guard_ms = (int)(*a->guard_time * 1000);
+    axis_stop(a);
+    *a->guard_ms = (int)(*a->guard_time_s * 1000);
 }
 
 static void axis_speed(const DriveAxis *a, int mode, double duty)
 {
     if (*a->speed_mode != mode)
     {
-        a->set_duty(duty);
+        axis_set_duty(a, duty);
         *a->speed_mode = mode;
     }
+}
+
+// The jog pulse: full duty for the jog time, then the motor stops, and the
+// arrow of the way it ran stays lit so the operator sees the pulses. No
+// guard follows: the next cycle may pulse again until the error is inside
+// the start threshold.
+static void axis_jog_pulse(const DriveAxis *a)
+{
+    axis_speed(a, SPEED_JOG, 100.0);
+    sys_sleep_ms(*a->jog_time_ms);
+    const DriveMotion *ran = axis_stop(a);
+    panel_style(ran->arrow, STYLE_DARKRED);
+    *a->jog_shade = ran->direction;
+}
+
+static void axis_start_at_speed(const DriveAxis *a, double error)
+{
+    double size = fabs(error);
+    if (size > *a->slow_degrees)
+    {
+        *a->speed_mode = SPEED_FAST;
+        axis_set_duty(a, *a->fast_duty);
+    }
+    else if (*a->jog_enable)
+    {
+        *a->speed_mode = SPEED_JOG;
+        axis_set_duty(a, 100.0);
+    }
+    else
+    {
+        *a->speed_mode = SPEED_SLOW;
+        axis_set_duty(a, *a->slow_duty);
+    }
+    axis_start(a, error);
+    *a->start_error = error;
 }
 
 static void axis_step(const DriveAxis *a)
@@ -531,7 +588,7 @@ static void axis_step(const DriveAxis *a)
     double size = fabs(error);
     if (*a->drive_on == 1)
     {
-        if (size <= *a->stop)
+        if (size <= *a->stop_threshold)
         {
             axis_stop_with_guard(a);
         }
@@ -542,25 +599,9 @@ static void axis_step(const DriveAxis *a)
             axis_stop_with_guard(a);
         }
     }
-    else if (*a->guard_ms == 0 && size >= *a->start)
+    else if (*a->guard_ms == 0 && size >= *a->start_threshold)
     {
-        if (size > *a->slow_degrees)
-        {
-            *a->speed_mode = SPEED_FAST;
-            a->set_duty(*a->fast_duty);
-        }
-        else if (*a->jog_enable)
-        {
-            *a->speed_mode = SPEED_JOG;
-            a->set_duty(100.0);
-        }
-        else
-        {
-            *a->speed_mode = SPEED_SLOW;
-            a->set_duty(*a->slow_duty);
-        }
-        a->start_motor(error);
-        *a->start_error = error;
+        axis_start_at_speed(a, error);
     }
 
     if (*a->drive_on == 1)
@@ -571,11 +612,7 @@ static void axis_step(const DriveAxis *a)
         }
         else if (*a->jog_enable)
         {
-            axis_speed(a, SPEED_JOG, 100.0);
-            // No guard after a pulse: the next cycle may pulse again until
-            // the error is inside the start threshold.
-            sys_sleep_ms(*a->jog_time);
-            *a->jog_shade = a->pulse_end();
+            axis_jog_pulse(a);
         }
         else
         {
@@ -585,55 +622,54 @@ static void axis_step(const DriveAxis *a)
     else if (*a->jog_shade != 1)
     {
         // The arrow stays lit after a pulse until a step that starts nothing.
-        panel_style(a->arrow_low, STYLE_GRAY);
-        panel_style(a->arrow_high, STYLE_GRAY);
+        panel_style(a->decreasing.arrow, STYLE_GRAY);
+        panel_style(a->increasing.arrow, STYLE_GRAY);
         *a->jog_shade = 1;
     }
 }
 
-// Azimuth, then elevation.
-static const DriveAxis axes[2] = {
-    {&az_drive_on,
-     &az_speed_mode,
-     &az_jog_shade,
-     &az_guard_ms,
-     &az_error,
-     &az_start_error,
-     &settings.Azimuth_Start,
-     &settings.Azimuth_Stop,
-     &settings.AzimuthSlowDegrees,
-     &settings.AzimuthSlowDutyCycle,
-     &settings.AzimuthFastDutyCycle,
-     &settings.AzimuthGuardTime,
-     &settings.AzimuthJogEnable,
-     &settings.AzimuthJogTime,
-     PANEL_LEFT,
-     PANEL_RIGHT,
-     set_az_duty_cycle,
-     az_stop,
-     az_start,
-     az_pulse_end},
-    {&el_drive_on,
-     &el_speed_mode,
-     &el_jog_shade,
-     &el_guard_ms,
-     &el_error,
-     &el_start_error,
-     &settings.Elevation_Start,
-     &settings.Elevation_Stop,
-     &settings.ElevationSlowDegrees,
-     &settings.ElevationSlowDutyCycle,
-     &settings.ElevationFastDutyCycle,
-     &settings.ElevationGuardTime,
-     &settings.ElevationJogEnable,
-     &settings.ElevationJogTime,
-     PANEL_UP,
-     PANEL_DOWN,
-     set_el_duty_cycle,
-     el_halt,
-     el_start,
-     el_pulse_end},
-};
+// A stalled or runaway axis stops at once and tracking ends, with STOP red
+// and the reason on the status bar, until the operator presses AUTO again.
+// The other axis stops too when AUTO or PARK was driving it, since nothing
+// would stop it once they are off; a manual move of it is the operator's.
+static void axis_stalled(const DriveAxis *a, const DriveAxis *other)
+{
+    axis_stop(a);
+    if ((auto_tracking || park_active) && !*other->manual)
+    {
+        axis_stop(other);
+    }
+    auto_tracking = 0;
+    park_active = 0;
+    panel_style(PANEL_AUTO, STYLE_GRAY);
+    panel_style(PANEL_PARK, STYLE_GRAY);
+    panel_style(PANEL_STOP, STYLE_DARKRED);
+    panel_status(a->stalled_text, 0);
+}
+
+static void axis_watch(const DriveAxis *a, const DriveAxis *other)
+{
+    if (!settings.StallWatchdogEnable)
+    {
+        watch_reset(a->watch);
+        return;
+    }
+    // A failed read says nothing about the motion; the read error has its
+    // own message, and the motor's time goes on counting.
+    if (*a->read_status != 0)
+    {
+        return;
+    }
+    // This station's rule: a time under a second counts as one, since a
+    // motor starting from rest may not move the reading in less.
+    int limit_ms = (int)(settings.StallWatchdogTime * 1000);
+    limit_ms = limit_ms < 1000 ? 1000 : limit_ms;
+    int sign = !*a->drive_on ? 0 : *a->direction == a->increasing.direction ? 1 : -1;
+    if (watch_step(a->watch, sign, *a->position, limit_ms))
+    {
+        axis_stalled(a, other);
+    }
+}
 
 // The one shortcut through north: with limits that run through it (the
 // southern station's 270..90), a source that has passed 0 going down while
@@ -654,7 +690,7 @@ static void drive_targets(const SourceRecord *row, int through_north, int az_ok,
     {
         if (!az_ok && az_drive_on == 1)
         {
-            az_halt();
+            axis_stop(&azimuth);
         }
     }
     else if (auto_tracking && row->above_horizon && row->az_tracking_enable && az_ok)
@@ -666,7 +702,7 @@ static void drive_targets(const SourceRecord *row, int through_north, int az_ok,
     {
         if (!el_ok && el_drive_on == 1)
         {
-            el_halt();
+            axis_stop(&elevation);
         }
     }
     else if (auto_tracking && row->above_horizon && row->el_tracking_enable && el_ok && source_el >= 0)
@@ -689,6 +725,8 @@ static void drive_targets(const SourceRecord *row, int through_north, int az_ok,
 
 void drive_step(int source, int through_north, int az_limit_hit, int el_limit_hit)
 {
+    axis_watch(&azimuth, &elevation);
+    axis_watch(&elevation, &azimuth);
     int az_ok = az_read_status == 0 && !az_limit_hit;
     int el_ok = el_read_status == 0 && !el_limit_hit;
 
@@ -696,11 +734,11 @@ void drive_step(int source, int through_north, int az_limit_hit, int el_limit_hi
     {
         if (!az_ok)
         {
-            az_halt();
+            axis_stop(&azimuth);
         }
         if (!el_ok)
         {
-            el_halt();
+            axis_stop(&elevation);
         }
         return;
     }
@@ -709,17 +747,15 @@ void drive_step(int source, int through_north, int az_limit_hit, int el_limit_hi
     // a running motor through the stop rule.
     az_error = 0;
     el_error = 0;
-    static const SourceRecord no_row = {};
-    const SourceRecord *row = source >= 0 && source < SOURCE_COUNT ? &source_table[source] : &no_row;
-    drive_targets(row, through_north, az_ok, el_ok);
+    drive_targets(source_row(source), through_north, az_ok, el_ok);
 
     if (!az_manual)
     {
-        axis_step(&axes[0]);
+        axis_step(&azimuth);
     }
     if (!el_manual)
     {
-        axis_step(&axes[1]);
+        axis_step(&elevation);
     }
     if (park_active && az_drive_on == 0 && el_drive_on == 0)
     {

@@ -71,5 +71,6 @@ void drive_up_pressed(void);
 void drive_down_pressed(void);
 
 // One drive step of the position group, after the position read and the
-// limit tests.
+// limit tests. It first lets the stall watchdog look at each running axis:
+// one that does not follow its motor stops, with AUTO and PARK.
 void drive_step(int source, int through_north, int az_limit_hit, int el_limit_hit);

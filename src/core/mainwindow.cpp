@@ -134,9 +134,14 @@ MainWindow::~MainWindow()
 {
     timer->stop();
     // No motor may outlive the program: every output off, whatever the flags
-    // say, before the bus goes.
+    // say, before the bus goes. PWM frames go only to a station that drives
+    // PWM: a relay-only board does not answer them, and each would cost the
+    // exit a timeout.
     all_relays_off();
-    all_pwm_off();
+    if (settings.AzimuthPwmActive || settings.ElevationPwmActive)
+    {
+        all_pwm_off();
+    }
     // Asleep, the encoders count no stray pulses while the power goes off.
     sei_sleep(SEI_BROADCAST);
     sei_close();

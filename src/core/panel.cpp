@@ -140,22 +140,32 @@ double panel_touch_limit(double angle, double low, double high)
     return angle;
 }
 
+const char *panel_source_angle_text(double angle)
+{
+    static char text[32];
+    snprintf(text, sizeof text, "%7.2f", angle);
+    return text;
+}
+
+const char *panel_show_source_angle(int control, double angle)
+{
+    const char *text = panel_source_angle_text(angle);
+    panel_text(control, text);
+    return text;
+}
+
 void panel_set_user_azimuth(double azimuth)
 {
-    char text[32];
     source_az = azimuth;
-    snprintf(text, sizeof text, "%7.2f", azimuth);
-    panel_text(PANEL_SOURCE_AZIMUTH, text);
+    panel_show_source_angle(PANEL_SOURCE_AZIMUTH, azimuth);
     source_table[SOURCE_USER_AZEL].az = azimuth;
     settings.User_Azimuth = azimuth;
 }
 
 void panel_set_user_elevation(double elevation)
 {
-    char text[32];
     source_el = elevation;
-    snprintf(text, sizeof text, "%7.2f", elevation);
-    panel_text(PANEL_SOURCE_ELEVATION, text);
+    panel_show_source_angle(PANEL_SOURCE_ELEVATION, elevation);
     source_table[SOURCE_USER_AZEL].el = elevation;
     settings.User_Elevation = elevation;
 }

@@ -1,6 +1,5 @@
 #include "core/panel_seam.h"
 
-#include "core/state.h"
 #include "widgets/compass.h"
 
 #include <QAbstractButton>
@@ -9,14 +8,10 @@
 #include <QWidget>
 #include <cstring>
 
-char panel_last_text[PANEL_COUNT][64];
-int panel_last_style[PANEL_COUNT];
-int panel_last_visible[PANEL_COUNT];
-int panel_last_enabled[PANEL_COUNT];
-char panel_last_status[128];
-int panel_dial_repaints[DIAL_COUNT];
-
 static QWidget *panel_widgets[PANEL_COUNT];
+// The style each registered widget shows, -1 before the first.
+static int panel_shown_style[PANEL_COUNT];
+static const PanelWatcher *panel_watcher;
 static Compass *panel_dials[DIAL_COUNT];
 static QStatusBar *panel_status_bar;
 
@@ -55,7 +50,10 @@ void panel_text(int control, const char *text)
     {
         return;
     }
-    text_copy(panel_last_text[control], sizeof panel_last_text[control], text);
+    if (panel_watcher && panel_watcher->text)
+    {
+        panel_watcher->text(control, text ? text : "");
+    }
     QWidget *w = panel_widgets[control];
     if (QLabel *label = qobject_cast<QLabel *>(w))
     {
@@ -73,15 +71,15 @@ void panel_style(int control, int style)
     {
         return;
     }
+    if (panel_watcher && panel_watcher->style)
+    {
+        panel_watcher->style(control, style);
+    }
     // Setting an unchanged style sheet still re-polishes the widget; the drive
     // restyles its buttons often, so only a change is passed on.
-    if (panel_last_style[control] == style && panel_widgets[control])
+    if (panel_widgets[control] && panel_shown_style[control] != style)
     {
-        return;
-    }
-    panel_last_style[control] = style;
-    if (panel_widgets[control])
-    {
+        panel_shown_style[control] = style;
         panel_widgets[control]->setStyleSheet(QString::fromLatin1(panel_style_text(style)));
     }
 }
@@ -92,7 +90,10 @@ void panel_visible(int control, int visible)
     {
         return;
     }
-    panel_last_visible[control] = visible != 0;
+    if (panel_watcher && panel_watcher->visible)
+    {
+        panel_watcher->visible(control, visible != 0);
+    }
     if (panel_widgets[control])
     {
         panel_widgets[control]->setVisible(visible != 0);
@@ -105,7 +106,10 @@ void panel_enabled(int control, int enabled)
     {
         return;
     }
-    panel_last_enabled[control] = enabled != 0;
+    if (panel_watcher && panel_watcher->enabled)
+    {
+        panel_watcher->enabled(control, enabled != 0);
+    }
     if (panel_widgets[control])
     {
         panel_widgets[control]->setEnabled(enabled != 0);
@@ -114,7 +118,10 @@ void panel_enabled(int control, int enabled)
 
 void panel_status(const char *text, int timeout_ms)
 {
-    text_copy(panel_last_status, sizeof panel_last_status, text);
+    if (panel_watcher && panel_watcher->status)
+    {
+        panel_watcher->status(text ? text : "");
+    }
     if (panel_status_bar)
     {
         panel_status_bar->showMessage(QString::fromUtf8(text ? text : ""), timeout_ms);
@@ -166,7 +173,10 @@ void panel_dial_repaint(int dial)
     {
         return;
     }
-    panel_dial_repaints[dial]++;
+    if (panel_watcher && panel_watcher->dial_repaint)
+    {
+        panel_watcher->dial_repaint(dial);
+    }
     if (Compass *c = panel_dials[dial])
     {
         c->repaint();
@@ -178,6 +188,7 @@ void panel_register(int control, QWidget *widget)
     if (panel_valid(control))
     {
         panel_widgets[control] = widget;
+        panel_shown_style[control] = -1;
     }
 }
 
@@ -201,12 +212,7 @@ void panel_unregister_all(void)
     panel_status_bar = nullptr;
 }
 
-void panel_reset(void)
+void panel_set_watcher(const PanelWatcher *watcher)
 {
-    memset(panel_last_text, 0, sizeof panel_last_text);
-    memset(panel_last_style, 0, sizeof panel_last_style);
-    memset(panel_last_visible, 0, sizeof panel_last_visible);
-    memset(panel_last_enabled, 0, sizeof panel_last_enabled);
-    memset(panel_last_status, 0, sizeof panel_last_status);
-    memset(panel_dial_repaints, 0, sizeof panel_dial_repaints);
+    panel_watcher = watcher;
 }

@@ -1,7 +1,7 @@
 // All that the station's logic may do to the panel: set a control's text,
 // style, visibility or enabled state, move a dial, write the status bar. The
 // main window registers its widgets; with none registered (a test, a tool)
-// each call only records what was asked, and tests read it back.
+// the calls reach nothing but a watcher, when one is set.
 #pragma once
 
 enum PanelControl
@@ -94,18 +94,21 @@ void panel_dial_source_text(int dial, const char *text);
 void panel_dial_limits(int dial, double low, double high);
 void panel_dial_repaint(int dial);
 
-// What was last asked of each control, for tests and the remote display.
-extern char panel_last_text[PANEL_COUNT][64];
-extern int panel_last_style[PANEL_COUNT];
-extern int panel_last_visible[PANEL_COUNT];
-extern int panel_last_enabled[PANEL_COUNT];
-extern char panel_last_status[128];
-extern int panel_dial_repaints[DIAL_COUNT];
+// Something that sees every call of the seam, widgets or not: the tests'
+// recorder. Null entries are skipped; a null watcher removes it.
+struct PanelWatcher
+{
+    void (*text)(int control, const char *text);
+    void (*style)(int control, int style);
+    void (*visible)(int control, int visible);
+    void (*enabled)(int control, int enabled);
+    void (*status)(const char *text);
+    void (*dial_repaint)(int dial);
+};
+void panel_set_watcher(const PanelWatcher *watcher);
 
 // The main window hands its widgets over, and takes them back when it goes.
 void panel_register(int control, QWidget *widget);
 void panel_register_dial(int dial, Compass *compass);
 void panel_register_status(QStatusBar *bar);
 void panel_unregister_all(void);
-// Forget what was asked (between tests).
-void panel_reset(void);

@@ -42,8 +42,8 @@ void panel_antenna_accepted(int slider)
 static double panel_enter_value(double value)
 {
     char text[32];
-    snprintf(text, sizeof text, "%7.2f", value);
-    EnterNumber(text, 10);
+    text_copy(text, sizeof text, panel_source_angle_text(value));
+    enter_number_field(text, sizeof text, 10);
     return atof(text);
 }
 
@@ -63,19 +63,12 @@ void panel_el_source_pressed(void)
     }
 }
 
-static const SourceRecord *panel_selected_row(void)
-{
-    static const SourceRecord no_row = {};
-    int source = settings.TrackingSource;
-    return source >= 0 && source < SOURCE_COUNT ? &source_table[source] : &no_row;
-}
-
 // The read position already carries the old offset: take it out, and put in
 // what makes the reading equal the source's last computed value.
 void panel_az_calibrate_pressed(void)
 {
     az_changed = 1;
-    settings.Azimuth_Offset = panel_selected_row()->az - (az_position - settings.Azimuth_Offset);
+    settings.Azimuth_Offset = source_row(settings.TrackingSource)->az - (az_position - settings.Azimuth_Offset);
     SaveSettings(ini_file_name, &settings);
     panel_update_display();
 }
@@ -83,7 +76,7 @@ void panel_az_calibrate_pressed(void)
 void panel_el_calibrate_pressed(void)
 {
     el_changed = 1;
-    settings.Elevation_Offset = panel_selected_row()->el - (el_position - settings.Elevation_Offset);
+    settings.Elevation_Offset = source_row(settings.TrackingSource)->el - (el_position - settings.Elevation_Offset);
     SaveSettings(ini_file_name, &settings);
     panel_update_display();
 }

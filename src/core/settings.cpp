@@ -287,6 +287,8 @@ static void walk_antenna(SettingsWalk *w, SystemSettings *r)
     walk_double(w, "ElevationSlowDegrees", "10.0", &r->ElevationSlowDegrees);
     walk_int(w, "AZ_Addr", "-1", &r->AZ_Addr);
     walk_int(w, "EL_Addr", "-1", &r->EL_Addr);
+    walk_bool(w, "StallWatchdogEnable", "true", &r->StallWatchdogEnable);
+    walk_double(w, "StallWatchdogTime", "5.0", &r->StallWatchdogTime);
 
     // An axis drives by PWM only when both speeds have a duty to give; the
     // stored flag is for the reader of the file, the duties decide.

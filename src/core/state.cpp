@@ -1,5 +1,7 @@
 #include "core/state.h"
 
+#include "core/watchdog.h"
+
 #include <cstdio>
 #include <cstring>
 
@@ -13,6 +15,7 @@ uint8_t auto_tracking;
 uint8_t park_active;
 uint8_t az_manual, el_manual;
 int32_t az_drive_on, el_drive_on;
+int32_t drive_relay_on[5];
 int32_t az_direction = DIR_STOPPED, el_direction = DIR_STOPPED;
 int32_t az_speed_mode = SPEED_SLOW, el_speed_mode = SPEED_SLOW;
 int32_t az_jog_shade = 1, el_jog_shade = 1;
@@ -67,6 +70,17 @@ WeatherSettings weather = {-1, false, false};
 int16_t temperature_raw;
 uint32_t pressure_raw;
 
+SourceRecord *source_row(int source)
+{
+    static SourceRecord scratch;
+    if (source >= 0 && source < SOURCE_COUNT)
+    {
+        return &source_table[source];
+    }
+    memset(&scratch, 0, sizeof scratch);
+    return &scratch;
+}
+
 void state_reset(void)
 {
     memset(&settings, 0, sizeof settings);
@@ -75,6 +89,9 @@ void state_reset(void)
     auto_tracking = park_active = 0;
     az_manual = el_manual = 0;
     az_drive_on = el_drive_on = 0;
+    memset(drive_relay_on, 0, sizeof drive_relay_on);
+    watch_reset(&az_watch);
+    watch_reset(&el_watch);
     az_direction = el_direction = DIR_STOPPED;
     az_speed_mode = el_speed_mode = SPEED_SLOW;
     az_jog_shade = el_jog_shade = 1;

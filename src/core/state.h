@@ -92,6 +92,9 @@ struct SystemSettings
     int32_t ElevationJogTime;
     int32_t AZ_Addr;
     int32_t EL_Addr;
+    uint8_t StallWatchdogEnable; // stop a motor whose axis does not follow it
+    double StallWatchdogTime;    // seconds without progress before it does
+
     double AZ[36]; // keys AZ_0 .. AZ_35, one per 10 degrees
     double EL[10]; // keys EL_0 .. EL_9
     char PortName[32];
@@ -180,6 +183,9 @@ extern uint8_t auto_tracking;
 extern uint8_t park_active;
 extern uint8_t az_manual, el_manual;
 extern int32_t az_drive_on, el_drive_on;
+// Each motor relay as last commanded, by port (1 up, 2 down, 3 left, 4
+// right); an axis's drive-on flag is 1 while either of its two is on.
+extern int32_t drive_relay_on[5];
 extern int32_t az_direction, el_direction;
 extern int32_t az_speed_mode, el_speed_mode;
 extern int32_t az_jog_shade, el_jog_shade;
@@ -251,6 +257,12 @@ struct WeatherSettings
 extern WeatherSettings weather;
 extern int16_t temperature_raw; // 0.1 degree C
 extern uint32_t pressure_raw;   // 0.001 mb at the station; 0 until the barometer answers
+
+// The row of a source. A TrackingSource from a hand-edited file may name no
+// row: it gets a scratch row of zeros, cleared at each call, which is below
+// the horizon and enables nothing, so nothing tracks it and the panel shows
+// its zeros.
+SourceRecord *source_row(int source);
 
 // Put every record above back to its start value.
 void state_reset(void);

@@ -2,6 +2,7 @@
 
 #include "core/drive.h"
 #include "core/ini_file.h"
+#include "core/panel.h"
 #include "core/panel_seam.h"
 #include "core/settings.h"
 #include "core/state.h"
@@ -163,23 +164,30 @@ int easycomm_poll(EasyCommRecord *e)
 }
 
 // A query (the bare letters) answers the antenna's position; a position word
-// shows the new target, which the display group hands to the drive.
+// shows the new target, which the display group hands to the drive. While
+// another source is selected the row only fills: its target is not the one
+// on the buttons.
 static void easycomm_axis(const char *letters, const char *format, double antenna, int control, double target)
 {
-    char text[32];
     if (strcmp(easycomm.command, letters) == 0)
     {
         snprintf(easycomm.reply, sizeof easycomm.reply, format, antenna);
         easycomm_send_reply(&easycomm);
         return;
     }
-    snprintf(text, sizeof text, "%7.2f", target);
-    panel_text(control, text);
+    if (settings.TrackingSource == SOURCE_EASYCOMM)
+    {
+        panel_show_source_angle(control, target);
+    }
 }
 
 void easycomm_cycle_step(void)
 {
-    int code = easycomm_poll(&easycomm);
+    easycomm_apply(easycomm_poll(&easycomm));
+}
+
+void easycomm_apply(int code)
+{
     switch (code)
     {
     case EASYCOMM_AZ:

@@ -59,6 +59,8 @@ int easycomm_parse(EasyCommRecord *e, const char *word);
 // the panel, stop an axis on SA or SE, and put any other word on the status
 // bar.
 void easycomm_cycle_step(void);
+// The part of the step after the poll: act on the code of the word just read.
+void easycomm_apply(int code);
 
 // The EASYCOMM section of the main settings file. Both return 0.
 int easycomm_load_settings(const char *file_name, EasyCommRecord *e);

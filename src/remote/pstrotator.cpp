@@ -1,8 +1,8 @@
 #include "remote/pstrotator.h"
 
-#include "core/panel_seam.h"
 #include "core/state.h"
 #include "remote/net.h"
+#include "remote/remote_services.h"
 
 #include <QtGlobal>
 #include <cstdio>
@@ -214,11 +214,5 @@ void pst_cycle_step(void)
     }
     // After a query too: the row's target is handed over on every tick that
     // had a datagram.
-    char text[32];
-    source_az = source_table[SOURCE_PSTROTATOR].az;
-    source_el = source_table[SOURCE_PSTROTATOR].el;
-    snprintf(text, sizeof text, "%7.2f", source_az);
-    panel_text(PANEL_SOURCE_AZIMUTH, text);
-    snprintf(text, sizeof text, "%7.2f", source_el);
-    panel_text(PANEL_SOURCE_ELEVATION, text);
+    remote_hand_over(SOURCE_PSTROTATOR);
 }

@@ -1,5 +1,6 @@
 #include "remote/remote_services.h"
 
+#include "core/panel.h"
 #include "core/panel_seam.h"
 #include "core/state.h"
 #include "remote/easycomm.h"
@@ -149,6 +150,18 @@ void remote_stop(void)
     {
         panel_status("PstRotator is inactive", 0);
     }
+}
+
+void remote_hand_over(int source)
+{
+    if (settings.TrackingSource != source)
+    {
+        return;
+    }
+    source_az = source_table[source].az;
+    source_el = source_table[source].el;
+    panel_show_source_angle(PANEL_SOURCE_AZIMUTH, source_az);
+    panel_show_source_angle(PANEL_SOURCE_ELEVATION, source_el);
 }
 
 void remote_shutdown(void)

@@ -14,6 +14,10 @@ void remote_start(int source);
 void remote_stop(void);
 // The same without a word on the panel, for the window's end.
 void remote_shutdown(void);
+// A service's row becomes the drive's target and the source buttons' text,
+// but only while that row is the selected source: a link left open behind a
+// source chosen from the menu fills its row and leaves the target alone.
+void remote_hand_over(int source);
 // Back to the start values: the services' own records, the adapter's address
 // and the hint.
 void remote_reset(void);

@@ -1,8 +1,8 @@
 #include "remote/rotctl.h"
 
-#include "core/panel_seam.h"
 #include "core/state.h"
 #include "remote/net.h"
+#include "remote/remote_services.h"
 
 #include <QtGlobal>
 #include <cstdio>
@@ -338,11 +338,5 @@ void rotctl_cycle_step(void)
     }
     // The hand-over runs on every tick with a session, not only on a P, so
     // the target shown is always the client's latest.
-    char text[32];
-    source_az = source_table[SOURCE_GPREDICT].az;
-    source_el = source_table[SOURCE_GPREDICT].el;
-    snprintf(text, sizeof text, "%7.2f", source_az);
-    panel_text(PANEL_SOURCE_AZIMUTH, text);
-    snprintf(text, sizeof text, "%7.2f", source_el);
-    panel_text(PANEL_SOURCE_ELEVATION, text);
+    remote_hand_over(SOURCE_GPREDICT);
 }

@@ -9,14 +9,12 @@
 #include <QPushButton>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 int frequency_edit(QPushButton *button)
 {
     char text[32];
-    memset(text, 0, sizeof text);
     snprintf(text, sizeof text, "%7.2f", settings.Frequency);
-    if (!EnterNumber(text, 16))
+    if (!enter_number_field(text, sizeof text, 16))
     {
         return 0;
     }

@@ -138,6 +138,32 @@ int EnterText(const char *title, char *text, int max_length)
     return 1;
 }
 
+static int enter_field(const char *title, char *text, int size, int max_length)
+{
+    // Room for the keyboard's longest text and a terminator that no answer
+    // can overwrite, since the editors hand back at most `most` bytes.
+    char value[96];
+    memset(value, 0, sizeof value);
+    text_copy(value, sizeof value, text);
+    int most = max_length < (int)sizeof value - 1 ? max_length : (int)sizeof value - 1;
+    int accepted = title ? EnterText(title, value, most) : EnterNumber(value, most);
+    if (accepted)
+    {
+        text_copy(text, size, value);
+    }
+    return accepted;
+}
+
+int enter_number_field(char *text, int size, int max_length)
+{
+    return enter_field(nullptr, text, size, max_length);
+}
+
+int enter_text_field(const char *title, char *text, int size, int max_length)
+{
+    return enter_field(title ? title : "", text, size, max_length);
+}
+
 void enter_field_load(char *value, int size, int *length, const char *text, int most)
 {
     const char *from = text ? text : "";

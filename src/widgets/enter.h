@@ -14,6 +14,13 @@ int EnterNumber(char *text, int max_length);
 // The keyboard on text, with title shown beside the field; the same rules.
 int EnterText(const char *title, char *text, int max_length);
 
+// How every dialog edits a value. The caller's text goes to the editor from
+// a cleared buffer of its own, and an accepted answer of up to max_length
+// characters comes back cut to the caller's size, always terminated. Returns
+// 1 when accepted; otherwise text stays as it was.
+int enter_number_field(char *text, int size, int max_length);
+int enter_text_field(const char *title, char *text, int size, int max_length);
+
 // The edit field both editors share. A load takes at most `most` bytes of the
 // caller's text, which may lack a terminator (a full-length earlier answer),
 // into a field of `size` bytes; an append is dropped once `keep` characters

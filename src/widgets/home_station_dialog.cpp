@@ -90,14 +90,10 @@ void HomeStationDialog::connect_controls(void)
 // text. The answer is cut to the field, so the record's text always ends.
 int HomeStationDialog::edit_text(QLabel *label, QPushButton *button, char *field, int field_size, int limit)
 {
-    char text[80];
-    memset(text, 0, sizeof text);
-    text_copy(text, sizeof text, field);
-    if (!EnterText(label->text().toUtf8().constData(), text, limit))
+    if (!enter_text_field(label->text().toUtf8().constData(), field, field_size, limit))
     {
         return 0;
     }
-    text_copy(field, field_size, text);
     button->setText(QString::fromUtf8(field));
     return 1;
 }
@@ -107,9 +103,8 @@ int HomeStationDialog::edit_text(QLabel *label, QPushButton *button, char *field
 int HomeStationDialog::edit_number(QPushButton *button, int limit, double *value)
 {
     char text[32];
-    memset(text, 0, sizeof text);
     text_copy(text, sizeof text, button->text().toUtf8().constData());
-    if (!EnterNumber(text, limit))
+    if (!enter_number_field(text, sizeof text, limit))
     {
         return 0;
     }
@@ -122,9 +117,8 @@ int HomeStationDialog::edit_number(QPushButton *button, int limit, double *value
 int HomeStationDialog::edit_part(QPushButton *button, int limit)
 {
     char text[32];
-    memset(text, 0, sizeof text);
     text_copy(text, sizeof text, button->text().toUtf8().constData());
-    if (!EnterNumber(text, limit))
+    if (!enter_number_field(text, sizeof text, limit))
     {
         return 0;
     }

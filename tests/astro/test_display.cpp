@@ -5,6 +5,7 @@
 #include "core/clock.h"
 #include "core/panel_seam.h"
 #include "core/state.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 
 #include <cstdio>
@@ -110,7 +111,7 @@ TEST_F(DisplayGroup, DopplerLabelsBlankForUnknownStationsAndUntouchedWhenOff)
     EXPECT_EQ(text(PANEL_HOME_DOPPLER) + text(PANEL_DX_DOPPLER), "  ");
     EXPECT_EQ(dx_source_record.computed, 0u);
 
-    panel_reset();
+    panel_record_start();
     doppler_mode = 0;
     home_station_valid = 1;
     run_at(18, 17, 30, SOURCE_MOON);

@@ -7,6 +7,7 @@
 #include "core/mainwindow.h"
 #include "core/panel_seam.h"
 #include "core/state.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 #include "widgets/enter.h"
 #include "widgets/keypad_dialog.h"
@@ -202,6 +203,8 @@ TEST_F(SourcesTable, UserCellsAreEditedThroughTheKeypad)
         {SOURCE_USER_RADEC, 3, "12.5.7", &settings.User_RA, 12.5, 1},
         {SOURCE_MOON, 1, "99", &settings.User_RA, 12.5, 0},
         {SOURCE_USER_AZEL, 3, "99", &settings.User_RA, 12.5, 0},
+        {SOURCE_USER_RADEC, 4, "-12.345678901234", &settings.User_Declination, -12.345678901234, 1},
+        {SOURCE_USER_RADEC, 4, "12.3456789012345678", &settings.User_Declination, 12.3456789012345, 1},
     };
     open_dialog = &d;
     d.Recalculate();

@@ -5,8 +5,8 @@
 #include "core/clock.h"
 #include "core/drive.h"
 #include "core/mainwindow.h"
-#include "core/panel_seam.h"
 #include "core/settings.h"
+#include "support/panel_record.h"
 
 #include <cstring>
 #include <sys/stat.h>
@@ -50,4 +50,28 @@ TEST_F(SimBus, WindowWakesReadsAndPutsTheBusToSleep)
         EXPECT_EQ(0, sim->station.outputs[0].duty[4]) << "PWM left on at exit";
     }
     EXPECT_FALSE(sei_is_open());
+}
+
+TEST_F(SimBus, RelayOnlyStationSendsNoPwmFrameAtExit)
+{
+    sei_link_reset();
+    clock_set_sleep_hook(no_sleep);
+    // No slow duty: both axes switch their motors by relay alone.
+    settings.AzimuthSlowDutyCycle = settings.ElevationSlowDutyCycle = 0;
+    SaveSettings(ini_file_name, &settings);
+    {
+        MainWindow window(0);
+        window.TimerEvent();
+        ASSERT_EQ(0, settings.AzimuthPwmActive + settings.ElevationPwmActive);
+        az_right(1);
+        el_down(1);
+    }
+    EXPECT_EQ(1, frames_arrived("> 5F", 1));
+    std::lock_guard<std::mutex> hold(sim->lock);
+    int count = sim->station.frame_count < SIM_FRAME_LOG ? sim->station.frame_count : SIM_FRAME_LOG;
+    for (int i = 0; i < count; i++)
+    {
+        EXPECT_NE(0, strncmp(sim->station.frames[i].text + 5, "33", 2)) << sim->station.frames[i].text;
+    }
+    EXPECT_EQ(0, sim->station.outputs[0].relay[4] + sim->station.outputs[1].relay[2]) << "relay left on at exit";
 }

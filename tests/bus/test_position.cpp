@@ -1,3 +1,4 @@
+#include "support/panel_record.h"
 #include "support/test_env.h"
 
 #include "bus/position.h"

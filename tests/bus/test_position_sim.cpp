@@ -2,8 +2,8 @@
 
 #include "bus/position.h"
 #include "bus/sei_commands.h"
-#include "core/panel_seam.h"
 #include "core/position_group.h"
+#include "support/panel_record.h"
 
 TEST_F(SimBus, SeiEncodersReadTheMountWithOneSetUpAndOnePositionFramePerAxis)
 {

@@ -2,9 +2,9 @@
 
 #include "core/clock.h"
 #include "core/drive.h"
-#include "core/panel_seam.h"
 #include "core/settings.h"
 #include "core/state.h"
+#include "support/panel_record.h"
 
 #include <cstdio>
 

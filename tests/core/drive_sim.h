@@ -1,7 +1,9 @@
 // The drive in closed loop with the simulated mount, in simulated time: the
 // drive's frames go to the simulator's devices (and its frame log), the
 // mount moves by the ticks and sleeps it is given, and the position read is
-// the mount's angle to the encoders' 0.01 degree. Nothing waits on a clock.
+// the mount's angle to the encoders' 0.01 degree. Each exchange on the bus
+// costs its wire time, as on the simulator's line, and stretches the tick.
+// Nothing waits on a clock.
 #pragma once
 
 #include "sim/devices.h"
@@ -16,6 +18,9 @@ struct DriveSim
     int az_starts; // relay-on frames per axis: starts and jog pulses
     int el_starts;
     int az_read_fails; // the azimuth position reads fail while set
+    int az_mirrored;   // the azimuth encoder counts the other way, so the drive runs away from its target
+    int instant;       // 1: the bus costs no time
+    int64_t wire_us;   // wire time not yet passed on to the mount
 };
 
 // The station as the simulator sets it up (boards at 0 for azimuth and 1 for

@@ -91,6 +91,7 @@ TEST_F(AntennaDialogTest, ValueButtonsTakeWhatAtofMakesOfTheKeypad)
         {&Ui::AntennaDialog::AzStartEdit, &settings.Azimuth_Start, "abc", 0},
         {&Ui::AntennaDialog::ElServiceEdit, &settings.Service_Elevation, "12.345", 12.345},
         {&Ui::AntennaDialog::AzStopEdit, &settings.Azimuth_Stop, nullptr, 0.2}, // cancelled: the one-decimal text
+        {&Ui::AntennaDialog::ElStopEdit, &settings.Elevation_Stop, "0.12345678", 0.12345678}, // at the limit of 10
     };
     AntennaDialog dialog;
     for (auto r : rows)
@@ -110,7 +111,8 @@ TEST_F(AntennaDialogTest, JogTimeTakesOnlyOneToOneHundred)
         const char *typed;
         int want;
         const char *shown;
-    } rows[] = {{"0", 40, "40"}, {"101", 40, "40"}, {"1", 1, "1"}, {"100", 100, "100"}, {"x", 100, "100"}};
+    } rows[] = {{"0", 40, "40"},     {"101", 40, "40"}, {"1", 1, "1"},
+                {"100", 100, "100"}, {"x", 100, "100"}, {"0000000050", 50, "0000000050"}};
     AntennaDialog dialog;
     for (auto r : rows)
     {

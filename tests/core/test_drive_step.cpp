@@ -5,6 +5,7 @@
 #include "core/panel_seam.h"
 #include "core/state.h"
 #include "drive_recorder.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 
 #include <gtest/gtest.h>

@@ -5,6 +5,7 @@
 #include "core/panel_slots.h"
 #include "core/state.h"
 #include "drive_recorder.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 #include "widgets/enter.h"
 
@@ -48,8 +49,8 @@ TEST_F(PanelSlots, CalibrateMakesTheAntennaReadTheSource)
 
 TEST_F(PanelSlots, SourceButtonsEditTheUserTargetOnlyForUserAzEl)
 {
-    const char *answers[] = {"123.4", "-2.5", nullptr};
-    enter_set_answers(answers, 3);
+    const char *answers[] = {"123.4", "-2.5", nullptr, "9999999999", "12345678901"};
+    enter_set_answers(answers, 5);
     settings.TrackingSource = SOURCE_MOON;
     settings.User_Azimuth = 10.004;
     panel_az_source_pressed();
@@ -68,6 +69,11 @@ TEST_F(PanelSlots, SourceButtonsEditTheUserTargetOnlyForUserAzEl)
     settings.User_Azimuth = 45.678;
     panel_az_source_pressed();
     EXPECT_DOUBLE_EQ(source_az, 45.68);
+    // Ten digits fill the keypad's limit and end there; an eleventh is cut.
+    panel_az_source_pressed();
+    EXPECT_DOUBLE_EQ(source_az, 9999999999.0);
+    panel_el_source_pressed();
+    EXPECT_DOUBLE_EQ(source_el, 1234567890.0);
 }
 
 TEST_F(PanelSlots, PausedDialogHaltsTheDriveAndLeavesAutoOff)

@@ -54,7 +54,8 @@ static std::vector<KeyRow> documented_keys(void)
         "AzimuthManualDutyCycle d 50.0, AzimuthGuardTime d 2.0, AzimuthJogEnable t false, AzimuthJogTime i 1,"
         "AzimuthSlowDegrees d 10.0, ElevationPwmActive i 1, ElevationPwmType i 0, ElevationSlowDutyCycle d 25.0,"
         "ElevationFastDutyCycle d 100.0, ElevationManualDutyCycle d 50.0, ElevationGuardTime d 2.0,"
-        "ElevationJogEnable t false, ElevationJogTime i 1, ElevationSlowDegrees d 10.0, AZ_Addr i -1, EL_Addr i -1");
+        "ElevationJogEnable t false, ElevationJogTime i 1, ElevationSlowDegrees d 10.0, AZ_Addr i -1, EL_Addr i -1,"
+        "StallWatchdogEnable t true, StallWatchdogTime d 5.0");
     for (int n = 0; n < 15; n++)
     {
         std::string type = n < 2 ? "Type i 0" : n < 4 ? "Type i 1" : "Type i -1";
@@ -180,8 +181,9 @@ TEST_F(Settings, EveryKeyRoundTrips)
     // Every key away from its default: doubles that need all their digits,
     // texts with the file's own separators, the mapped keys at valid choices.
     static const double awkward[] = {0.1 + 0.2, 1e-17, -123.456789012345678, 1.0 / 3.0, 6.02214076e23, -2.5e-300};
-    const char *mapped[][2] = {{"BaudRate", "57600"}, {"DataBits", "7"},         {"StopBits", "1.5"},
-                               {"Parity", "Mark"},    {"FlowControl", "Custom"}, {"JogEnable", "true"}};
+    const char *mapped[][2] = {{"BaudRate", "57600"},      {"DataBits", "7"},         {"StopBits", "1.5"},
+                               {"Parity", "Mark"},         {"FlowControl", "Custom"}, {"JogEnable", "true"},
+                               {"WatchdogEnable", "false"}};
     std::vector<KeyRow> rows = documented_keys();
     IniFile written;
     int k = 0;

@@ -4,6 +4,7 @@
 #include "core/settings.h"
 #include "core/state.h"
 #include "pty_pair.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 
 #include <QSerialPort>
@@ -83,6 +84,7 @@ class EasyCommLine : public ::testing::Test
         ASSERT_EQ(easycomm.active, 1);
         az_position = 123.44;
         el_position = 9.96;
+        settings.TrackingSource = SOURCE_EASYCOMM;
     }
     void TearDown() override
     {
@@ -103,6 +105,10 @@ TEST_F(EasyCommLine, QueriesAreAnsweredAndPositionsAreNot)
 {
     say("AZ180.0 ");
     EXPECT_STREQ(panel_last_text[PANEL_SOURCE_AZIMUTH], " 180.00");
+    settings.TrackingSource = SOURCE_MOON;
+    say("AZ190.0 ");
+    EXPECT_STREQ(panel_last_text[PANEL_SOURCE_AZIMUTH], " 180.00") << "another source keeps the buttons";
+    EXPECT_DOUBLE_EQ(row24.az, 190.0);
     say("VE\r");
     // The first bytes back belong to VE: the set had none.
     EXPECT_EQ(pty.receive(2000), "002\r");

@@ -1,8 +1,10 @@
 #include "remote/pstrotator.h"
 
+#include "core/panel_seam.h"
 #include "core/state.h"
 #include "remote/net.h"
 #include "remote_peer.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 
 #include <cstring>
@@ -99,10 +101,11 @@ TEST_F(PstSession, BothSocketsAreServedTheFirstOneFirstAndAnswered)
     EXPECT_EQ(peer_receive(rotator, 2000), "AZ:181.2\r") << "one datagram to the sender, no terminating zero";
 }
 
-TEST_F(PstSession, QueryHandsTheRowOverInTheCycle)
+TEST_F(PstSession, QueryHandsTheRowOverInTheCycleOnlyWhileItIsTheSource)
 {
     remote_socket[0] = socket[0];
     remote_socket[1] = socket[1];
+    settings.TrackingSource = SOURCE_PSTROTATOR;
     source_table[SOURCE_PSTROTATOR].az = 210.0;
     source_table[SOURCE_PSTROTATOR].el = 15.5;
     source_az = 1.0;
@@ -112,6 +115,20 @@ TEST_F(PstSession, QueryHandsTheRowOverInTheCycle)
     pst_cycle_step();
     EXPECT_DOUBLE_EQ(source_az, 210.0);
     EXPECT_DOUBLE_EQ(source_el, 15.5);
+    EXPECT_STREQ(panel_last_text[PANEL_SOURCE_AZIMUTH], " 210.00");
     EXPECT_EQ(peer_receive(rotator, 2000), "MODE:0\r");
+
+    // The Moon chosen from the menu: the link stays open and its row fills,
+    // but the Moon keeps the target and the buttons.
+    settings.TrackingSource = SOURCE_MOON;
+    source_az = 1.0;
+    panel_last_text[PANEL_SOURCE_AZIMUTH][0] = 0;
+    peer_sendto(rotator, test_port(0), "<PST><AZIMUTH>99</AZIMUTH></PST>");
+    uint32_t ready = 0;
+    net_select(socket, 2, 2000000, &ready);
+    pst_cycle_step();
+    EXPECT_DOUBLE_EQ(source_table[SOURCE_PSTROTATOR].az, 99.0);
+    EXPECT_DOUBLE_EQ(source_az, 1.0);
+    EXPECT_STREQ(panel_last_text[PANEL_SOURCE_AZIMUTH], "");
     remote_socket[0] = remote_socket[1] = -1;
 }

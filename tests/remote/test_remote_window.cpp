@@ -15,6 +15,7 @@
 #include "remote/remote_services.h"
 #include "remote/rotctl.h"
 #include "remote_peer.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 #include "ui_mainwindow.h"
 
@@ -85,6 +86,17 @@ TEST_F(RemoteWindow, GPredictSessionSurvivesTheSourcesDialogAndEndsWithTheWindow
         EXPECT_EQ(peer_receive(client, 2000), "RPRT 0\n");
         EXPECT_EQ(w.ui->SourceAzimuth->text(), QString(" 222.50"));
         EXPECT_EQ(w.ui->SourceElevation->text(), QString("  33.25"));
+
+        // The Sun chosen from the menu leaves the session open: GPredict's
+        // next position fills its row and does not fight the Sun's target.
+        settings.TrackingSource = SOURCE_SUN;
+        peer_send(client, "P 100.5 10.25\n");
+        net_select(&remote_client[0], 1, 2000000, &ready);
+        w.TimerEvent();
+        EXPECT_EQ(peer_receive(client, 2000), "RPRT 0\n");
+        EXPECT_DOUBLE_EQ(source_table[SOURCE_GPREDICT].az, 100.5);
+        EXPECT_NE(source_az, 100.5);
+        EXPECT_NE(w.ui->SourceAzimuth->text(), QString(" 100.50"));
     }
     bool closed = false;
     peer_receive(client, 2000, &closed);

@@ -1,8 +1,8 @@
 #include "rig/doppler.h"
 
-#include "core/panel_seam.h"
 #include "rig_sim_fixture.h"
 #include "rig_test_files.h"
+#include "support/panel_record.h"
 
 #include <string>
 

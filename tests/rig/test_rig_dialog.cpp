@@ -3,6 +3,7 @@
 #include "core/panel_seam.h"
 #include "core/state.h"
 #include "rig/rig_loader.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 #include "ui_rig_dialog.h"
 

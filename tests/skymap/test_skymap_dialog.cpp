@@ -288,8 +288,8 @@ TEST_F(SkyMap, ConfigurationCancelKeepsTheSwitchesAndClosingSavesThem)
 // The frequency counts at once, from the map's button or the dialog's.
 TEST_F(SkyMap, FrequencyIsTypedOnTheKeypad)
 {
-    static const char *const answers[] = {"144.1", "432abc"};
-    enter_set_answers(answers, 2);
+    static const char *const answers[] = {"144.1", "432abc", "10368.1000000001"};
+    enter_set_answers(answers, 3);
     when_open<FrequencyDialog>(
         [](FrequencyDialog *d)
         {
@@ -304,6 +304,8 @@ TEST_F(SkyMap, FrequencyIsTypedOnTheKeypad)
     emit configuration.FrequencyEdit->pressed();
     EXPECT_EQ(settings.Frequency, 432.0);
     EXPECT_STREQ(enter_last_text, " 144.10");
+    emit configuration.FrequencyEdit->pressed();
+    EXPECT_EQ(settings.Frequency, 10368.1000000001) << "sixteen characters, the limit, end there";
 }
 
 // The panel's menu bar opens the map with the cycle stopped, and starts the

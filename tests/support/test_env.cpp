@@ -5,13 +5,13 @@
 #include "bus/sei_link.h"
 #include "core/clock.h"
 #include "core/drive.h"
-#include "core/panel_seam.h"
 #include "core/settings.h"
 #include "core/state.h"
 #include "remote/psk_reporter.h"
 #include "remote/remote_services.h"
 #include "rig/rig_engine.h"
 #include "rig/rig_loader.h"
+#include "support/panel_record.h"
 
 #include <QDir>
 #include <cstdio>
@@ -32,7 +32,7 @@ void test_reset_state(void)
 {
     state_reset();
     memset(encoders, 0, sizeof encoders);
-    panel_reset();
+    panel_record_start();
     clock_reset();
     sei_link_reset();
     position_reset();

@@ -174,11 +174,21 @@ TEST_F(Keys, EnterTextAndNumberHandBackTheAnswer)
     EXPECT_EQ(1, EnterNumber(number, 8));
     EXPECT_EQ(0, memcmp("12345678X", number, 9));
 
+    // The callers' helper: a full-length answer ends within the caller's
+    // buffer, whatever the buffer held before.
+    memset(number, 'X', sizeof number);
+    number[0] = 0;
+    EXPECT_EQ(1, enter_number_field(number, sizeof number, 8));
+    EXPECT_STREQ("12345678", number);
+    char call[6];
+    EXPECT_EQ(1, enter_text_field("Callsign", strcpy(call, "K1"), sizeof call, 12));
+    EXPECT_STREQ("K1123", call) << "cut to the caller's field";
+
     escape = true;
     char kept[16] = "12.5";
     EXPECT_EQ(0, EnterNumber(kept, 10));
     EXPECT_STREQ("12.5", kept);
-    char call[16] = "K1JT";
-    EXPECT_EQ(0, EnterText("Callsign", call, 12));
-    EXPECT_STREQ("K1JT", call);
+    char callsign[16] = "K1JT";
+    EXPECT_EQ(0, EnterText("Callsign", callsign, 12));
+    EXPECT_STREQ("K1JT", callsign);
 }

@@ -2,6 +2,7 @@
 #include "core/panel.h"
 #include "core/panel_seam.h"
 #include "core/state.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 #include "ui_dx_station_dialog.h"
 #include "ui_home_station_dialog.h"
@@ -136,7 +137,7 @@ TEST_F(Stations, HomeFieldsGoThroughTheirEditorsIntoTheRecord)
 TEST_F(Stations, DegreesMinutesSecondsMakeThePosition)
 {
     HomeStationDialog dialog;
-    answer({"45", "30", "36", "122", "15", "0"});
+    answer({"45", "0000000030", "36", "122", "15", "0"});
     touch(dialog.ui->LatitudeDegEdit);
     touch(dialog.ui->LatitudeMinEdit);
     EXPECT_EQ(10, enter_last_max_length);
