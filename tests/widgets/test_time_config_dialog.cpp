@@ -4,6 +4,7 @@
 #include "core/clock.h"
 #include "core/mainwindow.h"
 #include "core/panel_seam.h"
+#include "support/panel_record.h"
 #include "support/test_env.h"
 #include "ui_time_config_dialog.h"
 #include "widgets/system_clock.h"
