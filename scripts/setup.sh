@@ -5,10 +5,11 @@ set -euo pipefail
 MORVANE_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 MORVANE_BUILD="$MORVANE_ROOT/build"
 # netbase holds the service and protocol tables the network layer looks names up
-# in; Hamlib's rotctl and socat are the real peers of the remote-control tests.
+# in; Hamlib's rotctl and socat are the real peers of the remote-control tests;
+# dpkg-dev and file let cpack find the Debian package's dependencies.
 MORVANE_PACKAGES=(cmake make g++ pkg-config qt6-base-dev qt6-serialport-dev libnova-dev
                   libgtest-dev libgmock-dev libbenchmark-dev locales fonts-dejavu-core
-                  netbase libhamlib-utils socat)
+                  netbase libhamlib-utils socat dpkg-dev file)
 
 morvane_sudo() {
     if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi

@@ -15,6 +15,11 @@
 // (HOME_DATA.Grid=JO62sm, OVERLAYS.MapOffset=6); DX.Grid=FN31pr makes a DX
 // station, which has no key of its own.
 #include "astro/sources_dialog.h"
+#include "bus/calibration_dialog.h"
+#include "bus/encoder_dialog.h"
+#include "core/ini_file.h"
+#include "core/settings.h"
+#include "sim/pty_server.h"
 #include "core/about_dialog.h"
 #include "core/antenna_dialog.h"
 #include "core/mainwindow.h"
@@ -34,6 +39,7 @@
 #include "widgets/home_station_dialog.h"
 #include "widgets/keyboard_dialog.h"
 #include "widgets/keypad_dialog.h"
+#include "widgets/time_config_dialog.h"
 
 #include <QApplication>
 #include <QDateTime>
@@ -101,6 +107,29 @@ static int shot_dialog(QDialog *dialog, const QString &dir, const char *name)
     int status = shot_write(dialog, dir, name);
     dialog->hide();
     return status;
+}
+
+// A fresh home sends no self report, whatever station --set makes, and gets
+// the simulated station on its bus, with the encoders at addresses 0 and 1,
+// so the bus dialogs show devices. 1 with the simulator, 0 without it.
+static int shot_fresh_home(SimServer *sim)
+{
+    char path[1024];
+    static IniFile ini;
+    QDir().mkpath(QString::fromUtf8(settings_directory()));
+    settings_path("Morvane.ini", path, sizeof path);
+    ini_read(path, &ini);
+    ini_set_int(&ini, "REPORT", "Active", 0);
+    sim_station_init(&sim->station);
+    int simulated = sim_server_start(sim, nullptr) == 0;
+    if (simulated)
+    {
+        ini_set(&ini, "SEI", "PortName", sim->device);
+        ini_set_int(&ini, "ANTENNA", "AZ_Addr", 0);
+        ini_set_int(&ini, "ANTENNA", "EL_Addr", 1);
+    }
+    ini_write(path, &ini);
+    return simulated;
 }
 
 // "YYYY-MM-DD hh:mm:ss" as UTC seconds, or -1.
@@ -245,10 +274,16 @@ int main(int argc, char *argv[])
     QString out = QDir(QString::fromUtf8(dir)).absolutePath();
 
     int status = 0;
+    static SimServer sim;
+    int simulated = home == temp_home && shot_fresh_home(&sim);
     for (const char *setting : sets)
     {
         if (shot_apply_setting(setting, 0) != 0)
         {
+            if (simulated)
+            {
+                sim_server_stop(&sim);
+            }
             return 2;
         }
     }
@@ -307,6 +342,22 @@ int main(int argc, char *argv[])
         status |= shot_dialog(&antenna, out, "antenna");
 
         status |= shot_sky_map(&window, out);
+
+        TimeConfigDialog time_config(&window);
+        status |= shot_dialog(&time_config, out, "time_config");
+
+        window.timer->stop();
+        EncoderDialog encoder(&window);
+        encoder.EncoderScan();
+        status |= shot_dialog(&encoder, out, "encoder_scan");
+        encoder.EncoderClose();
+
+        CalibrationDialog calibration(&window);
+        status |= shot_dialog(&calibration, out, "calibration");
+    }
+    if (simulated)
+    {
+        sim_server_stop(&sim);
     }
     if (home == temp_home)
     {

@@ -1,5 +1,7 @@
 #include "core/clock.h"
 
+#include "core/state.h"
+
 #include <ctime>
 #include <unistd.h>
 
@@ -18,6 +20,18 @@ int64_t clock_monotonic_ms(void)
     struct timespec ts;
     clock_gettime(CLOCK_MONOTONIC, &ts);
     return (int64_t)ts.tv_sec * 1000 + ts.tv_nsec / 1000000;
+}
+
+void clock_date_fields(time_t utc, DateTimeFields *fields)
+{
+    struct tm broken;
+    gmtime_r(&utc, &broken);
+    fields->Month = broken.tm_mon + 1;
+    fields->Day = broken.tm_mday;
+    fields->Year = broken.tm_year + 1900;
+    fields->Hours = broken.tm_hour;
+    fields->Minutes = broken.tm_min;
+    fields->Seconds = broken.tm_sec;
 }
 
 void sys_sleep_ms(int ms)

@@ -9,6 +9,9 @@
 time_t clock_utc(void);
 // Milliseconds from an arbitrary start that never jumps; for timing only.
 int64_t clock_monotonic_ms(void);
+// The date and time fields of a UTC instant: month 1 to 12, the full year.
+struct DateTimeFields;
+void clock_date_fields(time_t utc, DateTimeFields *fields);
 // Block the GUI thread, as the drive's brake and jog waits do.
 void sys_sleep_ms(int ms);
 

@@ -1,6 +1,9 @@
 #include "core/mainwindow.h"
 
 #include "astro/sources_dialog.h"
+#include "bus/calibration_dialog.h"
+#include "bus/encoder_dialog.h"
+#include "bus/position.h"
 #include "bus/sei_commands.h"
 #include "bus/sei_link.h"
 #include "core/about_dialog.h"
@@ -16,6 +19,7 @@
 #include "core/state.h"
 #include "remote/easycomm.h"
 #include "remote/easycomm_dialog.h"
+#include "remote/psk_reporter.h"
 #include "remote/pstrotator.h"
 #include "remote/remote_services.h"
 #include "remote/rotctl.h"
@@ -27,6 +31,8 @@
 #include "widgets/dx_station_dialog.h"
 #include "widgets/home_station_dialog.h"
 #include "widgets/locator.h"
+#include "widgets/system_clock.h"
+#include "widgets/time_config_dialog.h"
 
 #include <QCoreApplication>
 #include <QMenuBar>
@@ -114,6 +120,11 @@ MainWindow::MainWindow(int instance, QWidget *parent)
     }
 
     SetupTrackingSource();
+    if (settings.ReportActive)
+    {
+        psk_init();
+        SendPskSelfReport();
+    }
 
     connect(timer, &QTimer::timeout, this, &MainWindow::TimerEvent);
     timer->start(CYCLE_TICK_MS);
@@ -139,6 +150,7 @@ MainWindow::~MainWindow()
     // port from the next window of this process, and the serial line from
     // the next program.
     remote_shutdown();
+    psk_reset();
     panel_unregister_all();
     delete ui;
 }
@@ -293,6 +305,11 @@ void MainWindow::createMenus(void)
     connect(configure->addAction(tr("Dx Station")), &QAction::triggered, this, &MainWindow::DxStation);
     connect(configure->addAction(tr("EasyComm")), &QAction::triggered, this, &MainWindow::EasyComm);
     connect(configure->addAction(tr("Rig Control")), &QAction::triggered, this, &MainWindow::RigControl);
+    connect(configure->addAction(tr("Date and Time")), &QAction::triggered, this, &MainWindow::SetDateTime);
+    QMenu *encoders = menu_bar->addMenu(tr("Encoders"));
+    encoders->setStyleSheet(panel_style_text(STYLE_MENU));
+    connect(encoders->addAction(tr("Scan")), &QAction::triggered, this, &MainWindow::EncoderScan);
+    connect(encoders->addAction(tr("Calibration")), &QAction::triggered, this, &MainWindow::Calibration);
     QMenu *tracking = menu_bar->addMenu(tr("Tracking"));
     tracking->setStyleSheet(panel_style_text(STYLE_MENU));
     connect(tracking->addAction(tr("Parameters")), &QAction::triggered, this, &MainWindow::Antenna);
@@ -314,8 +331,9 @@ void MainWindow::SetupTrackingSource(void)
     remote_start(settings.TrackingSource);
 }
 
-void MainWindow::SendPskSelfReport(void)
+int MainWindow::SendPskSelfReport(void)
 {
+    return psk_self_report();
 }
 
 void MainWindow::TimerEvent(void)
@@ -467,6 +485,37 @@ void MainWindow::Antenna(void)
     timer->start(CYCLE_TICK_MS);
 }
 
+// The scan is the bus's only user while it is open, and whatever it changed
+// is fetched afresh by the next read pass.
+void MainWindow::EncoderScan(void)
+{
+    timer->stop();
+    panel_pause_begin();
+    EncoderDialog dialog(this);
+    dialog.exec();
+    az_encoder_ready = 0;
+    el_encoder_ready = 0;
+    SaveSettings(ini_file_name, &settings);
+    panel_pause_end();
+    timer->start(CYCLE_TICK_MS);
+}
+
+// Addresses and corrections change under the drive, so it stands still; the
+// edits are in force at once, OK only saves them.
+void MainWindow::Calibration(void)
+{
+    timer->stop();
+    panel_pause_begin();
+    CalibrationDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        SaveSettings(ini_file_name, &settings);
+        UpdateDisplay();
+    }
+    panel_pause_end();
+    timer->start(CYCLE_TICK_MS);
+}
+
 // The map runs the source engine on its own clock and uses the source table
 // as its own, so the cycle and the drive stand still while it is open.
 void MainWindow::SkyMap(void)
@@ -480,6 +529,24 @@ void MainWindow::SkyMap(void)
     }
     panel_pause_end();
     timer->start(CYCLE_TICK_MS);
+}
+
+// Tracking goes on while the date is chosen. The fields are UTC and the clock
+// is set as UTC; a station that cannot set it is told why.
+bool MainWindow::SetDateTime(void)
+{
+    TimeConfigDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        char why[128], text[192];
+        if (clock_set_system(&map_date_time, why, sizeof why) != 0)
+        {
+            snprintf(text, sizeof text, "The clock could not be set: %s", why);
+            panel_status(text, 0);
+        }
+        UpdateDisplay();
+    }
+    return true;
 }
 
 void MainWindow::About(void)

@@ -41,7 +41,7 @@ class MainWindow : public QMainWindow
     void createMenus(void);
     void UpdateDisplay(void);
     void SetupTrackingSource(void);
-    void SendPskSelfReport(void);
+    int SendPskSelfReport(void);
 
     // The groups of one tick, called by the cycle in its fixed order.
     void DisplayGroup(int source);
@@ -85,6 +85,9 @@ class MainWindow : public QMainWindow
     void EasyComm(void);
     void RigControl(void);
     void Antenna(void);
+    bool SetDateTime(void);
+    void EncoderScan(void);
+    void Calibration(void);
     void SkyMap(void);
     void About(void);
 

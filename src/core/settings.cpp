@@ -417,6 +417,7 @@ static void walk_links(SettingsWalk *w, SystemSettings *r)
 
     w->section = "REPORT";
     walk_int(w, "Active", "1", &r->ReportActive);
+    walk_text(w, "Collector", "report.pskreporter.info:4739", r->Collector, sizeof r->Collector);
 }
 
 static void walk_all(SettingsWalk *w, SystemSettings *r)

@@ -116,6 +116,7 @@ struct SystemSettings
     char RspPort[10];
     char Protocol[12];
     int32_t ReportActive; // REPORT Active
+    char Collector[64];   // REPORT Collector, "host:port" of the PSK Reporter collector
     int32_t ads1115_present;
     int32_t AdcDebug;
     int32_t ADC_Active[4]; // keys ADC_n_Active, n = 0..3

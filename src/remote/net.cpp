@@ -1,5 +1,7 @@
 #include "remote/net.h"
 
+#include "core/clock.h"
+
 #include <QtGlobal>
 #include <arpa/inet.h>
 #include <cstdarg>
@@ -299,6 +301,108 @@ int net_sendto(int socket, const char *data, int length, const struct sockaddr_i
         net_hexdump(0, data, length);
     }
     return (int)n;
+}
+
+int net_datagram_socket(void)
+{
+    int s = socket(AF_INET, SOCK_DGRAM, 0);
+    if (s < 0)
+    {
+        net_trace("Could not allocate socket");
+        return -1;
+    }
+    return s;
+}
+
+// The one look-up in flight. The name service may still write into it after
+// a caller has stopped waiting, so it lives as long as the program.
+static struct
+{
+    char name[256];
+    struct addrinfo hints;
+    struct gaicb request;
+    int started;
+} net_lookup;
+
+static int net_lookup_running(void)
+{
+    return net_lookup.started && gai_error(&net_lookup.request) == EAI_INPROGRESS;
+}
+
+static void net_lookup_wait(int timeout_ms)
+{
+    int64_t end = clock_monotonic_ms() + timeout_ms;
+    const struct gaicb *list[1] = {&net_lookup.request};
+    while (net_lookup_running())
+    {
+        int64_t left = end - clock_monotonic_ms();
+        if (left <= 0)
+        {
+            return;
+        }
+        struct timespec wait = {(time_t)(left / 1000), (long)(left % 1000) * 1000000L};
+        gai_suspend(list, 1, &wait);
+    }
+}
+
+static int net_lookup_start(const char *host)
+{
+    if (net_lookup.started && net_lookup.request.ar_result)
+    {
+        freeaddrinfo(net_lookup.request.ar_result);
+    }
+    memset(&net_lookup, 0, sizeof net_lookup);
+    snprintf(net_lookup.name, sizeof net_lookup.name, "%s", host);
+    net_lookup.hints.ai_family = AF_INET;
+    net_lookup.hints.ai_socktype = SOCK_DGRAM;
+    net_lookup.request.ar_name = net_lookup.name;
+    net_lookup.request.ar_request = &net_lookup.hints;
+    struct gaicb *list[1] = {&net_lookup.request};
+    if (getaddrinfo_a(GAI_NOWAIT, list, 1, nullptr) != 0)
+    {
+        return -1;
+    }
+    net_lookup.started = 1;
+    return 0;
+}
+
+int net_resolve(const char *host, int timeout_ms, struct in_addr *address)
+{
+    struct in_addr dotted;
+    if (inet_pton(AF_INET, host, &dotted) == 1)
+    {
+        *address = dotted;
+        return 0;
+    }
+    int same = net_lookup.started && strcmp(net_lookup.name, host) == 0;
+    if (net_lookup_running() && !same)
+    {
+        net_trace("Still waiting for the name service on %s", net_lookup.name);
+        return -1;
+    }
+    // A name answered before is taken as it was; one that failed is asked again.
+    int answered = same && !net_lookup_running() && gai_error(&net_lookup.request) == 0;
+    if (!same || (!answered && !net_lookup_running()))
+    {
+        if (net_lookup_start(host) != 0)
+        {
+            return -1;
+        }
+    }
+    net_lookup_wait(timeout_ms);
+    if (net_lookup_running() || gai_error(&net_lookup.request) != 0)
+    {
+        return -1;
+    }
+    for (struct addrinfo *entry = net_lookup.request.ar_result; entry; entry = entry->ai_next)
+    {
+        if (entry->ai_family == AF_INET)
+        {
+            *address = ((struct sockaddr_in *)entry->ai_addr)->sin_addr;
+            return 0;
+        }
+    }
+    return -1;
 }
 
 int net_select(const int *sockets, int count, int timeout_us, uint32_t *ready)

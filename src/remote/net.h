@@ -38,6 +38,15 @@ void net_address_with_port(const struct sockaddr_in *peer, int port, struct sock
 // Bytes sent, or -1.
 int net_sendto(int socket, const char *data, int length, const struct sockaddr_in *peer);
 
+// An unbound datagram socket for sending, or -1.
+int net_datagram_socket(void);
+// A host name or dotted address to an IPv4 address, waiting at most
+// timeout_ms for the name service: a station without a network must not hang
+// its start on a DNS time-out. A look-up that runs out of time goes on in the
+// background, and a later call for the same name takes its answer. 0 and the
+// address, or -1.
+int net_resolve(const char *host, int timeout_ms, struct in_addr *address);
+
 // Wait up to timeout_us for any of the sockets to become readable; -1 entries
 // are skipped, a socket given twice is waited on once. Bit i of ready is set
 // for a ready sockets[i] (count at most 32). The select's result.

@@ -136,15 +136,7 @@ OverlaysDialog::OverlaysDialog(QWidget *parent) : QDialog(parent)
 // afterwards, so showing it changes nothing.
 void OverlaysDialog::build_date_time(void)
 {
-    time_t now = clock_utc() + map_time_offset;
-    struct tm utc;
-    gmtime_r(&now, &utc);
-    map_date_time.Month = utc.tm_mon + 1;
-    map_date_time.Day = utc.tm_mday;
-    map_date_time.Year = utc.tm_year + 1900;
-    map_date_time.Hours = utc.tm_hour;
-    map_date_time.Minutes = utc.tm_min;
-    map_date_time.Seconds = utc.tm_sec;
+    clock_date_fields(clock_utc() + map_time_offset, &map_date_time);
     for (const ChoiceBox &b : date_boxes)
     {
         connect_choice(this, choice_box(this, b), b);

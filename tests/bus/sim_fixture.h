@@ -62,6 +62,17 @@ class SimBus : public ::testing::Test
         }
         return seen;
     }
+    // All frames the devices have heard, and an encoder as it stands now.
+    int frames(void)
+    {
+        std::lock_guard<std::mutex> hold(sim->lock);
+        return sim->station.frame_count;
+    }
+    SimEncoder device(int a)
+    {
+        std::lock_guard<std::mutex> hold(sim->lock);
+        return sim->station.encoders[a];
+    }
     // Frames without a reply reach the devices a moment after the write
     // returns; look again for up to a second.
     int frames_arrived(const char *text, int count)

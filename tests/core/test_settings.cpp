@@ -82,7 +82,7 @@ static std::vector<KeyRow> documented_keys(void)
     add(rows, "REMOTE_DISPLAY",
         "DisplayEnabled i 1, DisplayType i 0, DisplayRows i 8, DisplayColumns i 20, RemoteSwitches i 0, RemoteAdcs i "
         "0");
-    add(rows, "REPORT", "Active i 1");
+    add(rows, "REPORT", "Active i 1, Collector t report.pskreporter.info:4739");
     return rows;
 }
 

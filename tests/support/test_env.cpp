@@ -7,6 +7,7 @@
 #include "core/drive.h"
 #include "core/settings.h"
 #include "core/state.h"
+#include "remote/psk_reporter.h"
 #include "remote/remote_services.h"
 #include "rig/rig_engine.h"
 #include "rig/rig_loader.h"
@@ -38,6 +39,7 @@ void test_reset_state(void)
     rig_reset();
     rig_files_set_folder(nullptr);
     remote_reset();
+    psk_reset();
     // A test never opens a listener on the wired adapter: everything stays on
     // the loopback.
     remote_adapter_hint[0] = 0;
