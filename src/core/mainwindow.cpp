@@ -344,8 +344,9 @@ void MainWindow::DisplayGroup(int source)
 void MainWindow::PositionGroup(int source)
 {
     PositionLimits limits = position_group(ui->panelSlider->value());
-    drive_step(source, limits.through_north, limits.az_limit_hit, limits.el_limit_hit);
+    // Before the step, so a pass counts the start that AUTO's first step makes.
     pass_log_step();
+    drive_step(source, limits.through_north, limits.az_limit_hit, limits.el_limit_hit);
 }
 
 void MainWindow::PanelPageGroup(void)

@@ -56,8 +56,8 @@ static void pass_utc_text(time_t t, char *text, int size)
 {
     struct tm f;
     gmtime_r(&t, &f);
-    snprintf(text, (size_t)size, "%04d-%02d-%02dT%02d:%02d:%02dZ", f.tm_year + 1900, f.tm_mon + 1, f.tm_mday,
-             f.tm_hour, f.tm_min, f.tm_sec);
+    snprintf(text, (size_t)size, "%04d-%02d-%02dT%02d:%02d:%02dZ", f.tm_year + 1900, f.tm_mon + 1, f.tm_mday, f.tm_hour,
+             f.tm_min, f.tm_sec);
 }
 
 void pass_log_file_name(time_t t, char *name, int size)
@@ -87,7 +87,7 @@ static int pass_write_all(int fd, const char *text, int length)
 }
 
 // One append to the day's file: the two header lines first when the file is
-// new, then the count of lost lines, if any, then the buffer.
+// new, then the buffer, then the count of the lines that found no room.
 static int pass_write_file(const char *path)
 {
     QDir().mkpath(QString::fromUtf8(settings_directory()));
@@ -103,13 +103,14 @@ static int pass_write_file(const char *path)
         failed = pass_write_all(fd, sample_header, (int)strlen(sample_header)) ||
                  pass_write_all(fd, summary_header, (int)strlen(summary_header));
     }
+    failed = failed || pass_write_all(fd, writer.text, writer.used);
+    // The lost lines came after the ones that waited in the buffer.
     if (!failed && writer.lost > 0)
     {
         char note[96];
         int n = snprintf(note, sizeof note, "# %ld lines lost: the log could not be written\n", writer.lost);
         failed = pass_write_all(fd, note, n);
     }
-    failed = failed || pass_write_all(fd, writer.text, writer.used);
     int saved = errno;
     close(fd);
     errno = saved;
@@ -182,8 +183,7 @@ static double pass_wrap180(double angle)
     return angle - 360.0 * std::floor((angle + 180.0) / 360.0);
 }
 
-static const char *pass_motor(int direction, const char *lower, const char *higher, int speed, char *text,
-                              int size)
+static const char *pass_motor(int direction, const char *lower, const char *higher, int speed, char *text, int size)
 {
     static const char *const speeds[5] = {"", "slow", "fast", "manual", "jog"};
     if (direction == DIR_STOPPED)
@@ -226,11 +226,16 @@ static void pass_sample(time_t now)
 
     char utc[48], az_motor[24], el_motor[24], line[PASS_LINE_MAX];
     pass_utc_text(now, utc, sizeof utc);
-    snprintf(line, sizeof line, "%s,%s,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%s,%s,%.0f,%.0f,%.0f\n", utc,
-             source_name(settings.TrackingSource), source_az, source_el, az_position, el_position, az_error,
-             el_error, pass_motor(az_direction, "left", "right", az_speed_mode, az_motor, sizeof az_motor),
-             pass_motor(el_direction, "up", "down", el_speed_mode, el_motor, sizeof el_motor),
-             doppler_correction(), rx_frequency_hz, tx_frequency_hz);
+    int n = snprintf(line, sizeof line, "%s,%s,%.2f,%.2f,%.2f,%.2f,%.2f,%.2f,%s,%s,%.0f,%.0f,%.0f\n", utc,
+                     source_name(settings.TrackingSource), source_az, source_el, az_position, el_position, az_error,
+                     el_error, pass_motor(az_direction, "left", "right", az_speed_mode, az_motor, sizeof az_motor),
+                     pass_motor(el_direction, "up", "down", el_speed_mode, el_motor, sizeof el_motor),
+                     doppler_correction(), rx_frequency_hz, tx_frequency_hz);
+    // A wild frequency from a confused radio may not run into the next line.
+    if (n >= (int)sizeof line)
+    {
+        line[sizeof line - 2] = '\n';
+    }
     pass_append(now, line);
 }
 
@@ -309,8 +314,8 @@ int pass_summary_format(const PassSummary *s, char *line, int size)
     pass_utc_text(s->start, start, sizeof start);
     pass_utc_text(s->end, end, sizeof end);
     int n = snprintf(line, (size_t)size, "%s%s,%s,%s,%d,%.3f,%.3f,%.3f,%.3f,%d,%d,%d,%d,%d", summary_tag, start, end,
-                     s->source, s->tracked, s->az_rms, s->az_max, s->el_rms, s->el_max, s->az_starts,
-                     s->el_starts, s->az_switchings, s->el_switchings, s->quiet);
+                     s->source, s->tracked, s->az_rms, s->az_max, s->el_rms, s->el_max, s->az_starts, s->el_starts,
+                     s->az_switchings, s->el_switchings, s->quiet);
     return n < 0 ? 0 : n >= size ? size - 1 : n;
 }
 
@@ -369,7 +374,7 @@ int pass_summary_parse(const char *line, PassSummary *s)
 {
     enum
     {
-        FIELDS = 14
+        FIELDS = 13
     };
     if (strncmp(line, summary_tag, sizeof summary_tag - 1) != 0)
     {
@@ -406,8 +411,8 @@ int pass_summary_parse(const char *line, PassSummary *s)
     PassSummary r = {};
     double *degrees[4] = {&r.az_rms, &r.az_max, &r.el_rms, &r.el_max};
     int *counts[6] = {&r.tracked, &r.az_starts, &r.el_starts, &r.az_switchings, &r.el_switchings, &r.quiet};
-    int failed = pass_parse_utc(field[0], &r.start) || pass_parse_utc(field[1], &r.end) ||
-                 pass_parse_count(field[3], counts[0]);
+    int failed =
+        pass_parse_utc(field[0], &r.start) || pass_parse_utc(field[1], &r.end) || pass_parse_count(field[3], counts[0]);
     for (int i = 0; i < 4 && !failed; i++)
     {
         failed = pass_parse_number(field[4 + i], degrees[i]) || *degrees[i] < 0;

@@ -30,8 +30,8 @@ struct PassSummary
 enum
 {
     PASS_LINE_MAX = 256,
-    PASS_BUFFER_SIZE = 8192,  // some sixty lines
-    PASS_FLUSH_SECONDS = 10   // the longest a line waits for the file
+    PASS_BUFFER_SIZE = 8192, // some sixty lines
+    PASS_FLUSH_SECONDS = 10  // the longest a line waits for the file
 };
 
 // From the position group, after the drive step: a pass starts when AUTO is

@@ -115,6 +115,10 @@ void drive_sim_tick(DriveSim *sim)
         {
             clock_freeze(sim->utc_start + (time_t)(sim->ms / 1000));
         }
+        if (sim->after_read)
+        {
+            sim->after_read();
+        }
         drive_step(settings.TrackingSource, through_north, az_hit, el_hit);
     }
 }

@@ -23,6 +23,8 @@ struct DriveSim
     int instant;       // 1: the bus costs no time
     int64_t wire_us;   // wire time not yet passed on to the mount
     time_t utc_start;  // when set, the program's clock shows this plus the simulated time
+    // What the position group runs between the read and the drive step.
+    void (*after_read)(void);
 };
 
 // The station as the simulator sets it up (boards at 0 for azimuth and 1 for

@@ -52,7 +52,6 @@ struct ModeRow
 static const ModeRow mode_rows[] = {
     {0, 1, 20, 0, "AUTO with quiet motion waits mid-period"},
     {0, 1, 52, 1, "and moves in the window"},
-    {0, 0, 20, 1, "AUTO without quiet motion moves at any second"},
     {1, 1, 20, 1, "PARK is the operator's own command and never waits"},
 };
 
