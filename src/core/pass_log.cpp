@@ -2,6 +2,7 @@
 
 #include "astro/source_names.h"
 #include "core/clock.h"
+#include "core/drive.h"
 #include "core/settings.h"
 #include "core/state.h"
 #include "rig/doppler.h"
@@ -177,7 +178,8 @@ static void pass_append(time_t t, const char *line)
     }
 }
 
-// A left turn lowers the azimuth: the error is the short way round.
+// The azimuth error the short way round: a target at 1 and the antenna at
+// 359 are 2 degrees apart, not 358.
 static double pass_wrap180(double angle)
 {
     return angle - 360.0 * std::floor((angle + 180.0) / 360.0);
@@ -261,10 +263,10 @@ static void pass_end(void)
     s->end = pass.last;
     s->az_rms = s->tracked ? sqrt(pass.az_sum / s->tracked) : 0;
     s->el_rms = s->tracked ? sqrt(pass.el_sum / s->tracked) : 0;
-    s->az_starts = pass_counted(drive_relay_closings, pass.closings, 3, 4);
-    s->el_starts = pass_counted(drive_relay_closings, pass.closings, 1, 2);
-    s->az_switchings = pass_counted(drive_relay_switchings, pass.switchings, 3, 4);
-    s->el_switchings = pass_counted(drive_relay_switchings, pass.switchings, 1, 2);
+    s->az_starts = pass_counted(drive_relay_closings, pass.closings, DRIVE_PORT_LEFT, DRIVE_PORT_RIGHT);
+    s->el_starts = pass_counted(drive_relay_closings, pass.closings, DRIVE_PORT_UP, DRIVE_PORT_DOWN);
+    s->az_switchings = pass_counted(drive_relay_switchings, pass.switchings, DRIVE_PORT_LEFT, DRIVE_PORT_RIGHT);
+    s->el_switchings = pass_counted(drive_relay_switchings, pass.switchings, DRIVE_PORT_UP, DRIVE_PORT_DOWN);
     char line[PASS_LINE_MAX];
     int n = pass_summary_format(s, line, sizeof line - 1);
     line[n] = '\n';
