@@ -1,10 +1,11 @@
 // The drive's cost and quality: one drive step with the station idle and
 // with both axes running (the bus left out: its waits belong to the link),
-// and an hour of tracking the Moon with the simulated mount, in simulated
-// time, with the default parameters.
+// an hour of tracking the Moon with the simulated mount, in simulated time,
+// with the default parameters and with quiet motion, and the pass log's cost.
 #include "astro/source.h"
 #include "core/clock.h"
 #include "core/drive.h"
+#include "core/pass_log.h"
 #include "core/state.h"
 #include "drive_recorder.h"
 #include "drive_sim.h"
@@ -126,14 +127,18 @@ static int bench_switchings(const SimStation *s, int address, int port_a, int po
 // An hour of the Moon on the simulator's mount, which ramps up and down,
 // coasts after a stop and ignores too low a duty, with every bus exchange
 // taking its wire time: the display group's 550 ms refresh moves the target,
-// the clock seam moves the time, the mount follows the drive. Pointing
-// errors are sampled every position cycle, from the mount's true angles.
+// the clock seam follows the simulated time, the mount follows the drive.
+// Pointing errors are sampled every position cycle, from the mount's true
+// angles. The arguments: quiet motion (window from second 50) off or on, and
+// the start threshold of both axes in hundredths of a degree (the default
+// 1.0, or 0.3 for a narrow beam). A start outside the window is counted by
+// the clock the drive saw.
 static void BM_TrackingHourMoon(benchmark::State &state)
 {
     const double latitude = 52.0, longitude = 5.0;
     double az_sum = 0, el_sum = 0, az_max = 0, el_max = 0;
     long samples = 0;
-    int tracking_to_the_end = 0;
+    int tracking_to_the_end = 0, starts_outside_window = 0;
     DriveSim sim;
     for (auto _ : state)
     {
@@ -143,20 +148,25 @@ static void BM_TrackingHourMoon(benchmark::State &state)
         settings.Latitude = latitude;
         settings.Longitude = longitude;
         settings.TrackingSource = SOURCE_MOON;
-        time_t start = bench_moon_start(latitude, longitude);
-        clock_freeze(start);
+        settings.QuietMotion = (int32_t)state.range(0);
+        settings.QuietWindowStart = 50;
+        settings.Azimuth_Start = settings.Elevation_Start = state.range(1) / 100.0;
+        sim.utc_start = bench_moon_start(latitude, longitude);
+        clock_freeze(sim.utc_start);
         bench_moon_target(latitude, longitude);
         sim.station.mount.az = source_az;
         sim.station.mount.el = source_el;
         drive_auto_pressed();
+        int starts = 0;
         for (int tick = 0; sim.ms < 3600 * 1000; tick++)
         {
             if (tick % 11 == 0)
             {
-                clock_shift((long)(sim.ms / 1000));
                 bench_moon_target(latitude, longitude);
             }
             drive_sim_tick(&sim);
+            starts_outside_window += sim.az_starts + sim.el_starts > starts && clock_utc() % 60 < 50;
+            starts = sim.az_starts + sim.el_starts;
             if (tick % 2 == 1)
             {
                 double az_error = std::fabs(bench_wrap180(source_az - sim.station.mount.az));
@@ -180,7 +190,49 @@ static void BM_TrackingHourMoon(benchmark::State &state)
     state.counters["el_starts"] = sim.el_starts;
     state.counters["az_switchings"] = bench_switchings(&sim.station, sim.station.mount.az_address, 3, 4);
     state.counters["el_switchings"] = bench_switchings(&sim.station, sim.station.mount.el_address, 1, 2);
-    state.SetLabel(tracking_to_the_end ? "one simulated hour, default parameters"
-                                       : "tracking ended before the hour (watchdog?)");
+    state.counters["starts_off_window"] = starts_outside_window;
+    if (!tracking_to_the_end)
+    {
+        state.SetLabel("tracking ended before the hour (watchdog?)");
+    }
+    else
+    {
+        state.SetLabel(state.range(0) ? "quiet motion, window from second 50" : "quiet motion off");
+    }
 }
-BENCHMARK(BM_TrackingHourMoon)->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(BM_TrackingHourMoon)
+    ->ArgNames({"quiet", "start_hundredths"})
+    ->Args({0, 100})
+    ->Args({1, 100})
+    ->Args({0, 30})
+    ->Args({1, 30})
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(1);
+
+// What the pass log costs the position group: one call per position cycle,
+// a line at each new second, the buffer going to the file every ten.
+// Target: below 20 microseconds a call.
+static void BM_PassLogStep(benchmark::State &state)
+{
+    state_reset();
+    time_t start = 1710028800;
+    clock_freeze(start);
+    settings.TrackingSource = SOURCE_MOON;
+    source_az = 123.456;
+    source_el = 34.567;
+    az_position = 123.4;
+    el_position = 34.6;
+    auto_tracking = 1;
+    long calls = 0;
+    for (auto _ : state)
+    {
+        clock_freeze(start + calls++ / 10);
+        pass_log_step();
+    }
+    auto_tracking = 0;
+    pass_log_step();
+    pass_log_reset();
+    clock_reset();
+    state.SetLabel("target < 20 us");
+}
+BENCHMARK(BM_PassLogStep)->Unit(benchmark::kMicrosecond);

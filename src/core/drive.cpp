@@ -4,11 +4,11 @@
 #include "core/clock.h"
 #include "core/panel.h"
 #include "core/panel_seam.h"
+#include "core/quiet_motion.h"
 #include "core/state.h"
 #include "core/watchdog.h"
 
 #include <cmath>
-#include <cstring>
 
 static DriveBus drive_bus = {sei_relay_control, sei_pwm_control};
 
@@ -176,11 +176,14 @@ static void relay_switch(const DriveAxis *a, const DriveMotion *m, int on)
     if (on)
     {
         drive_relay(*a->address, m->port, 1);
+        drive_relay_closings[m->port] += !drive_relay_on[m->port];
+        drive_relay_switchings[m->port] += !drive_relay_on[m->port];
         drive_relay_on[m->port] = 1;
     }
     else if (drive_relay_on[m->port])
     {
         drive_relay(*a->address, m->port, 0);
+        drive_relay_switchings[m->port]++;
         drive_relay_on[m->port] = 0;
     }
     *a->drive_on = drive_relay_on[a->increasing.port] || drive_relay_on[a->decreasing.port];
@@ -239,7 +242,11 @@ void all_relays_off(void)
 {
     az_drive_on = 0;
     el_drive_on = 0;
-    memset(drive_relay_on, 0, sizeof drive_relay_on);
+    for (int port = DRIVE_PORT_UP; port <= DRIVE_PORT_RIGHT; port++)
+    {
+        drive_relay_switchings[port] += drive_relay_on[port];
+        drive_relay_on[port] = 0;
+    }
     drive_relay(settings.EL_Addr, DRIVE_PORT_UP, 0);
     drive_relay(settings.EL_Addr, DRIVE_PORT_DOWN, 0);
     drive_relay(settings.AZ_Addr, DRIVE_PORT_LEFT, 0);
@@ -748,6 +755,14 @@ void drive_step(int source, int through_north, int az_limit_hit, int el_limit_hi
     az_error = 0;
     el_error = 0;
     drive_targets(source_row(source), through_north, az_ok, el_ok);
+    // Quiet motion is one more such reason, outside the window before the
+    // minute: nothing starts, and a move still running at the minute stops.
+    if (auto_tracking && settings.QuietMotion)
+    {
+        int second = (int)(clock_utc() % 60);
+        az_error = quiet_motion_error(az_error, second, settings.QuietWindowStart);
+        el_error = quiet_motion_error(el_error, second, settings.QuietWindowStart);
+    }
 
     if (!az_manual)
     {

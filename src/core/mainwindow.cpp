@@ -14,6 +14,7 @@
 #include "core/panel.h"
 #include "core/panel_seam.h"
 #include "core/panel_slots.h"
+#include "core/pass_log.h"
 #include "core/position_group.h"
 #include "core/settings.h"
 #include "core/state.h"
@@ -146,6 +147,7 @@ MainWindow::~MainWindow()
     sei_sleep(SEI_BROADCAST);
     sei_close();
     SaveSettings(ini_file_name, &settings);
+    pass_log_close();
     // Every link closes with the window: a listener left open would keep its
     // port from the next window of this process, and the serial line from
     // the next program.
@@ -360,6 +362,8 @@ void MainWindow::DisplayGroup(int source)
 void MainWindow::PositionGroup(int source)
 {
     PositionLimits limits = position_group(ui->panelSlider->value());
+    // Before the step, so a pass counts the start that AUTO's first step makes.
+    pass_log_step();
     drive_step(source, limits.through_north, limits.az_limit_hit, limits.el_limit_hit);
 }
 

@@ -289,6 +289,8 @@ static void walk_antenna(SettingsWalk *w, SystemSettings *r)
     walk_int(w, "EL_Addr", "-1", &r->EL_Addr);
     walk_bool(w, "StallWatchdogEnable", "true", &r->StallWatchdogEnable);
     walk_double(w, "StallWatchdogTime", "5.0", &r->StallWatchdogTime);
+    walk_int(w, "QuietMotion", "0", &r->QuietMotion);
+    walk_int(w, "QuietWindowStart", "50", &r->QuietWindowStart);
 
     // An axis drives by PWM only when both speeds have a duty to give; the
     // stored flag is for the reader of the file, the duties decide.

@@ -16,6 +16,8 @@ uint8_t park_active;
 uint8_t az_manual, el_manual;
 int32_t az_drive_on, el_drive_on;
 int32_t drive_relay_on[5];
+int32_t drive_relay_closings[5];
+int32_t drive_relay_switchings[5];
 int32_t az_direction = DIR_STOPPED, el_direction = DIR_STOPPED;
 int32_t az_speed_mode = SPEED_SLOW, el_speed_mode = SPEED_SLOW;
 int32_t az_jog_shade = 1, el_jog_shade = 1;
@@ -90,6 +92,8 @@ void state_reset(void)
     az_manual = el_manual = 0;
     az_drive_on = el_drive_on = 0;
     memset(drive_relay_on, 0, sizeof drive_relay_on);
+    memset(drive_relay_closings, 0, sizeof drive_relay_closings);
+    memset(drive_relay_switchings, 0, sizeof drive_relay_switchings);
     watch_reset(&az_watch);
     watch_reset(&el_watch);
     az_direction = el_direction = DIR_STOPPED;

@@ -94,6 +94,8 @@ struct SystemSettings
     int32_t EL_Addr;
     uint8_t StallWatchdogEnable; // stop a motor whose axis does not follow it
     double StallWatchdogTime;    // seconds without progress before it does
+    int32_t QuietMotion;         // AUTO starts motors only in the window before the minute
+    int32_t QuietWindowStart;    // the window's first second of the minute
 
     double AZ[36]; // keys AZ_0 .. AZ_35, one per 10 degrees
     double EL[10]; // keys EL_0 .. EL_9
@@ -186,6 +188,10 @@ extern int32_t az_drive_on, el_drive_on;
 // Each motor relay as last commanded, by port (1 up, 2 down, 3 left, 4
 // right); an axis's drive-on flag is 1 while either of its two is on.
 extern int32_t drive_relay_on[5];
+// What each motor relay went through since the start, by port: its closings,
+// and its closings and openings together. The pass log counts from them.
+extern int32_t drive_relay_closings[5];
+extern int32_t drive_relay_switchings[5];
 extern int32_t az_direction, el_direction;
 extern int32_t az_speed_mode, el_speed_mode;
 extern int32_t az_jog_shade, el_jog_shade;

@@ -110,6 +110,15 @@ void drive_sim_tick(DriveSim *sim)
         int through_north = settings.AzimuthLimitMin > settings.AzimuthLimitMax;
         int az_hit = position_az_limit_hit(az_position, settings.AzimuthLimitMin, settings.AzimuthLimitMax);
         int el_hit = position_el_limit_hit(el_position, settings.ElevationLimitMin, settings.ElevationLimitMax);
+        // The clock the drive reads is the simulated time of its step.
+        if (sim->utc_start)
+        {
+            clock_freeze(sim->utc_start + (time_t)(sim->ms / 1000));
+        }
+        if (sim->after_read)
+        {
+            sim->after_read();
+        }
         drive_step(settings.TrackingSource, through_north, az_hit, el_hit);
     }
 }

@@ -9,6 +9,7 @@
 #include "sim/devices.h"
 
 #include <cstdint>
+#include <ctime>
 
 struct DriveSim
 {
@@ -21,6 +22,9 @@ struct DriveSim
     int az_mirrored;   // the azimuth encoder counts the other way, so the drive runs away from its target
     int instant;       // 1: the bus costs no time
     int64_t wire_us;   // wire time not yet passed on to the mount
+    time_t utc_start;  // when set, the program's clock shows this plus the simulated time
+    // What the position group runs between the read and the drive step.
+    void (*after_read)(void);
 };
 
 // The station as the simulator sets it up (boards at 0 for azimuth and 1 for

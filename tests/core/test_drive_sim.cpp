@@ -1,5 +1,6 @@
 // The drive against the station simulator: its frames in the simulator's
 // log, and the simulated mount driven in closed loop, in simulated time.
+#include "core/clock.h"
 #include "core/drive.h"
 #include "core/panel_slots.h"
 #include "core/state.h"
@@ -369,4 +370,51 @@ TEST_F(DriveRelayProperty, NoRelayLeftClosedWhateverTheOrderOfCommands)
             check(trail);
         }
     }
+}
+
+// Quiet motion on the hardware-like mount: a 30 degree slew, then the
+// target's drift at the Moon's pace. A motor starts only in the window before
+// the minute, a move still running when the minute turns stops there, and
+// through the period every relay stays open.
+TEST_F(DriveSimTest, QuietMotionStartsOnlyInTheWindowAndStopsAtTheMinute)
+{
+    settings.QuietMotion = 1;
+    settings.QuietWindowStart = 50;
+    sim.utc_start = 1710000000 - 1710000000 % 60 + 7;
+    track(170, 30, 200, 40);
+    int starts = 0, starts_outside = 0, on_in_period = 0, cut_at_minute = 0, running_at_59 = 0;
+    double az_short_after_first_window = 0;
+    while (sim.ms < 12 * 60 * 1000)
+    {
+        // A quarter of a degree a minute on both axes.
+        source_az = 200 + sim.ms / 240000.0;
+        source_el = 40 + sim.ms / 240000.0;
+        drive_sim_tick(&sim);
+        int second = (int)(clock_utc() % 60);
+        int now = sim.az_starts + sim.el_starts;
+        starts_outside += now > starts && second < 50;
+        starts = now;
+        on_in_period += second >= 1 && second < 50 && outputs_on() > 0;
+        if (second == 59)
+        {
+            running_at_59 = outputs_on() > 0;
+        }
+        if (second == 1 && running_at_59)
+        {
+            cut_at_minute++;
+            running_at_59 = 0;
+            if (az_short_after_first_window == 0)
+            {
+                az_short_after_first_window = source_az - sim.station.mount.az;
+            }
+        }
+    }
+    EXPECT_EQ(starts_outside, 0);
+    EXPECT_EQ(on_in_period, 0) << "ticks with a relay closed between second 1 and 49";
+    EXPECT_GE(cut_at_minute, 1) << "the slew outlasts one window";
+    EXPECT_GT(az_short_after_first_window, 5) << "the first window's move was cut short";
+    EXPECT_GE(sim.az_starts, 3) << "the slew in two windows, then the drift";
+    EXPECT_LE(std::fabs(source_az - sim.station.mount.az), 1.3);
+    EXPECT_LE(std::fabs(source_el - sim.station.mount.el), 1.3);
+    EXPECT_EQ(auto_tracking, 1);
 }

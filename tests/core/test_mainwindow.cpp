@@ -53,6 +53,28 @@ TEST_F(Window, DriveButtonsReachTheDrive)
     EXPECT_EQ(DIR_LEFT, az_direction);
 }
 
+// Wiring only: the position group feeds the pass log, and the window's end
+// closes the pass.
+TEST_F(Window, PassLogFollowsAutoAndClosesWithTheWindow)
+{
+    const time_t start = 1795392000; // 2026-11-23 00:00:00 UTC
+    {
+        MainWindow w(0);
+        w.timer->stop();
+        emit w.ui->autoButton->pressed();
+        for (int tick = 0; tick < 60; tick++)
+        {
+            clock_freeze(start + tick / 20);
+            w.TimerEvent();
+        }
+    }
+    char path[600];
+    settings_path("tracking-2026-11-23.csv", path, sizeof path);
+    std::string log = test_read_file(path);
+    EXPECT_NE(log.find("\n2026-11-23T00:00:02Z,Moon,"), std::string::npos) << log;
+    EXPECT_NE(log.find("\n# pass,2026-11-23T00:00:00Z,2026-11-23T00:00:02Z,Moon,"), std::string::npos) << log;
+}
+
 TEST_F(Window, NumbersUseTheCFormOnAGermanDesktop)
 {
     // ctest runs this program with LC_ALL=de_DE.UTF-8; Qt took that locale

@@ -55,7 +55,7 @@ static std::vector<KeyRow> documented_keys(void)
         "AzimuthSlowDegrees d 10.0, ElevationPwmActive i 1, ElevationPwmType i 0, ElevationSlowDutyCycle d 25.0,"
         "ElevationFastDutyCycle d 100.0, ElevationManualDutyCycle d 50.0, ElevationGuardTime d 2.0,"
         "ElevationJogEnable t false, ElevationJogTime i 1, ElevationSlowDegrees d 10.0, AZ_Addr i -1, EL_Addr i -1,"
-        "StallWatchdogEnable t true, StallWatchdogTime d 5.0");
+        "StallWatchdogEnable t true, StallWatchdogTime d 5.0, QuietMotion i 0, QuietWindowStart i 50");
     for (int n = 0; n < 15; n++)
     {
         std::string type = n < 2 ? "Type i 0" : n < 4 ? "Type i 1" : "Type i -1";

@@ -5,6 +5,7 @@
 #include "bus/sei_link.h"
 #include "core/clock.h"
 #include "core/drive.h"
+#include "core/pass_log.h"
 #include "core/settings.h"
 #include "core/state.h"
 #include "remote/psk_reporter.h"
@@ -44,6 +45,7 @@ void test_reset_state(void)
     // the loopback.
     remote_adapter_hint[0] = 0;
     drive_set_bus(nullptr);
+    pass_log_reset();
 }
 
 std::string test_read_file(const std::string &path)
