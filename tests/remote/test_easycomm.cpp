@@ -7,7 +7,6 @@
 #include "support/panel_record.h"
 #include "support/test_env.h"
 
-#include <QSerialPort>
 #include <cstring>
 #include <gtest/gtest.h>
 
@@ -95,7 +94,7 @@ class EasyCommLine : public ::testing::Test
     void say(const std::string &text)
     {
         pty.send(text);
-        easycomm.link.port->waitForReadyRead(2000);
+        serial_wait_readable(&easycomm.link, 2000);
         easycomm_cycle_step();
     }
     PtyPair pty;
@@ -139,7 +138,7 @@ TEST_F(EasyCommLine, StopAzimuthHoldsItUntilTheNextAzimuthWithANumber)
 TEST_F(EasyCommLine, OneWordPerPollAndALongWordIsCut)
 {
     pty.send("AZ120 EL45\nAZ" + std::string(28, '9') + "1 ");
-    easycomm.link.port->waitForReadyRead(2000);
+    serial_wait_readable(&easycomm.link, 2000);
     EXPECT_EQ(easycomm_poll(&easycomm), EASYCOMM_AZ);
     EXPECT_EQ(row24.el_tracking_enable, 0);
     EXPECT_EQ(easycomm_poll(&easycomm), EASYCOMM_EL);

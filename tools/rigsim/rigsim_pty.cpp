@@ -27,7 +27,12 @@ static void rigsim_log_frame(RigsimPty *sim, char direction, const uint8_t *byte
         snprintf(part, sizeof part, i ? " %02X" : "%02X", bytes[i]);
         line += part;
     }
+    if (sim->frames.size() >= RIGSIM_FRAME_RECORD)
+    {
+        sim->frames.erase(sim->frames.begin(), sim->frames.begin() + RIGSIM_FRAME_RECORD / 2);
+    }
     sim->frames.push_back(line);
+    sim->frames_recorded++;
     if (sim->log)
     {
         fprintf(sim->log, "%s\n", line.c_str());
@@ -105,7 +110,14 @@ static void rigsim_loop(RigsimPty *sim)
     while (!sim->stop.load())
     {
         struct pollfd p = {sim->master, POLLIN, 0};
-        int ready = poll(&p, 1, 5);
+        int off;
+        {
+            std::lock_guard<std::mutex> guard(sim->lock);
+            off = sim->radio.off;
+        }
+        // A radio that is off takes nothing from the line: what is sent piles
+        // up as it does behind a cable whose CTS stays low.
+        int ready = off ? poll(nullptr, 0, 5) : poll(&p, 1, 5);
         int64_t now = clock_monotonic_ms();
         {
             std::lock_guard<std::mutex> guard(sim->lock);
