@@ -237,4 +237,20 @@ TEST_F(DopplerRig, OmniRigButtonSwitchesRigControl)
     EXPECT_EQ(settings.OmniRigActive, 0);
     EXPECT_EQ(rig_link.is_open, 0);
     EXPECT_EQ(panel_last_style[PANEL_OMNIRIG], STYLE_GRAY);
+
+    // A file that reads only pmFreq says at once that Doppler cannot follow.
+    rig_test_write("Only pmFreq.ini", "[STATUS1]\nCommand=FEFEA2E0.03.FD\nReplyLength=17\n"
+                                      "Value1=11|5|vfBcdLU|1|0|pmFreq\n");
+    rig_files_set_folder(test_home());
+    text_copy(settings.OmniRigFilename, sizeof settings.OmniRigFilename, "Only pmFreq.ini");
+    doppler_omnirig_pressed();
+    EXPECT_STREQ(panel_last_status,
+                 "OmniRig is active, but reads only pmFreq: Doppler tuning needs pmFreqA and pmFreqB");
+    rig_control_off();
+
+    // A port that is not there says so.
+    text_copy(settings.PortName, sizeof settings.PortName, "/dev/ttyMorvaneNone");
+    doppler_omnirig_pressed();
+    EXPECT_STREQ(panel_last_status, "OmniRig is inactive: No such port /dev/ttyMorvaneNone");
+    rig_files_set_folder(nullptr);
 }
