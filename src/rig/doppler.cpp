@@ -97,10 +97,16 @@ static void doppler_radio_gone(void)
     panel_status(text, 0);
 }
 
-// The rig's walk moves on as its bytes come, between the groups too.
+// The rig's walk moves on as its bytes come, between the groups too. Bytes
+// that come while no command waits answer nothing (a radio announcing its own
+// changes): they are dropped, or the port would keep calling.
 static void doppler_rig_readable(void)
 {
     rig_service(clock_monotonic_ms());
+    if (!rig_engine.record)
+    {
+        serial_clear(&rig_link);
+    }
 }
 
 void doppler_frequency_group(void)

@@ -4,6 +4,7 @@
 #include "rig_sim_fixture.h"
 #include "rig_test_files.h"
 
+#include <poll.h>
 #include <string>
 
 static RigValue value(int start, int length, int format, int param)
@@ -194,9 +195,16 @@ TEST_F(RigEngineCiv, SilentRadioIsWaitedForAcrossCallsAndGivenUpAfterThreeComman
 TEST_F(RigEngineCiv, WriteThatCannotLeaveTimesOut)
 {
     rigsim_command(&sim, "off 1");
+    // Fill the line until it takes nothing more, also once the kernel has
+    // moved what it could into the far end's buffer.
     uint8_t junk[4096] = {};
-    for (int i = 0; i < 1000 && serial_write(&rig_link, junk, sizeof junk) > 0; i++)
+    for (int settled = 0, i = 0; settled < 2 && i < 1000; i++)
     {
+        settled = serial_write(&rig_link, junk, sizeof junk) > 0 ? 0 : settled + 1;
+        if (settled)
+        {
+            poll(nullptr, 0, 20);
+        }
     }
     ASSERT_EQ(rig_set_freq_b(1296000000), 0);
     int64_t t = 5000;
