@@ -100,6 +100,12 @@ void RigControlDialog::showSurvey(void)
         ui->SurveyLabel->clear();
         return;
     }
+    QString name = QString::fromUtf8(settings.OmniRigFilename);
+    if (!QFileInfo::exists(QString::fromUtf8(rig_files_folder()) + "/" + name))
+    {
+        ui->SurveyLabel->setText(name + ": no such file among the rig files");
+        return;
+    }
     if (!settings.OmniRigActive)
     {
         LoadOmniRigFile(settings.OmniRigFilename, 0);

@@ -78,6 +78,9 @@ TEST_F(RigDialog, ShowsWhetherTheChosenFileCanDriveDoppler)
     emit dialog.ui->tableWidget->itemClicked(dialog.ui->tableWidget->findItems("Reads only pmFreq.ini", Qt::MatchExactly)[0]);
     EXPECT_EQ(dialog.ui->SurveyLabel->text().toStdString(),
               "Reads only pmFreq.ini: reads only pmFreq: Doppler tuning needs pmFreqA and pmFreqB");
+    // The size cell, taken as a name, is no file.
+    emit dialog.ui->tableWidget->itemClicked(dialog.ui->tableWidget->findItems("1234", Qt::MatchExactly)[0]);
+    EXPECT_EQ(dialog.ui->SurveyLabel->text().toStdString(), "1234: no such file among the rig files");
 }
 
 // USB adapters by their stable names, whole however long, and a stored name kept.
