@@ -60,7 +60,9 @@ static int rig_tool_survey(const char *file)
     rig_tool_load(file, 0);
     char text[2048];
     int status = rig_survey(text, sizeof text);
-    printf("%s\n%s", file, text);
+    char verdict[160];
+    rig_survey_verdict(verdict, sizeof verdict);
+    printf("%s\n%s%s\n", file, text, verdict);
     return status;
 }
 
@@ -84,7 +86,7 @@ static int rig_tool_run(const char *port, const char *file, int vfo_mode, double
     rig_link.DataBits = 1;
     if (serial_open(&rig_link) != 0)
     {
-        fprintf(stderr, "morvane-rig: cannot open %s\n", port);
+        fprintf(stderr, "morvane-rig: %s\n", serial_failure());
         return 1;
     }
     rig_tool_load(file, debug);
@@ -106,6 +108,12 @@ static int rig_tool_run(const char *port, const char *file, int vfo_mode, double
     {
         rig_poll_status();
         doppler_follow(vfo_mode, correction);
+        rig_run_until_idle();
+        if (rig_not_answering())
+        {
+            fprintf(stderr, "morvane-rig: radio not answering on %s\n", port);
+            break;
+        }
         printf("RX %12.5f TX %12.5f\n", rx_frequency_hz / 1000000.0, tx_frequency_hz / 1000000.0);
         fflush(stdout);
         next += 150;

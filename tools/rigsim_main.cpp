@@ -30,15 +30,53 @@ static void rigsim_usage(void)
 
 static void rigsim_help(void)
 {
-    printf("freq a|b HZ | turn a|b HZ | rate a|b HZ_PER_S | select a|b | silent 0|1 | echo 0|1\n"
+    printf("freq a|b HZ | turn a|b HZ | rate a|b HZ_PER_S | select a|b | silent 0|1 | off 0|1 | echo 0|1\n"
            "garble N | cut N | noise N | status | frames | quit\n");
 }
 
-// Control lines from standard input until it closes, a signal comes or "quit".
+static void rigsim_show_frames(RigsimPty *sim, int64_t *shown)
+{
+    std::lock_guard<std::mutex> guard(sim->lock);
+    int64_t first = sim->frames_recorded - (int64_t)sim->frames.size();
+    for (int64_t i = *shown > first ? *shown : first; i < sim->frames_recorded; i++)
+    {
+        printf("%s\n", sim->frames[(size_t)(i - first)].c_str());
+    }
+    *shown = sim->frames_recorded;
+}
+
+// One control line; 1 when it was "quit".
+static int rigsim_line(RigsimPty *sim, char *line, int64_t *frames_shown)
+{
+    line[strcspn(line, "\r\n")] = 0;
+    if (strcmp(line, "quit") == 0)
+    {
+        return 1;
+    }
+    if (strcmp(line, "help") == 0)
+    {
+        rigsim_help();
+    }
+    else if (strcmp(line, "frames") == 0)
+    {
+        rigsim_show_frames(sim, frames_shown);
+    }
+    else if (line[0])
+    {
+        printf("%s\n", rigsim_command(sim, line).c_str());
+    }
+    fflush(stdout);
+    return 0;
+}
+
+// Control lines from standard input until it closes, a signal comes or
+// "quit". The input is read as it comes, not through stdio: lines written
+// together are all served at once, none left waiting in a buffer for more.
 static void rigsim_serve(RigsimPty *sim)
 {
-    char line[256];
-    size_t frames_shown = 0;
+    char input[512];
+    int held = 0;
+    int64_t frames_shown = 0;
     int input_open = 1;
     while (!rigsim_quit)
     {
@@ -51,33 +89,32 @@ static void rigsim_serve(RigsimPty *sim)
             }
             continue;
         }
-        if (!fgets(line, sizeof line, stdin))
+        ssize_t n = read(STDIN_FILENO, input + held, sizeof input - 1 - (size_t)held);
+        if (n <= 0)
         {
             input_open = 0;
             continue;
         }
-        line[strcspn(line, "\r\n")] = 0;
-        if (strcmp(line, "quit") == 0)
+        held += (int)n;
+        input[held] = 0;
+        char *start = input;
+        char *end;
+        while ((end = strchr(start, '\n')) != nullptr)
         {
-            break;
-        }
-        if (strcmp(line, "help") == 0)
-        {
-            rigsim_help();
-        }
-        else if (strcmp(line, "frames") == 0)
-        {
-            std::vector<std::string> frames = rigsim_frames(sim);
-            for (; frames_shown < frames.size(); frames_shown++)
+            *end = 0;
+            if (rigsim_line(sim, start, &frames_shown))
             {
-                printf("%s\n", frames[frames_shown].c_str());
+                return;
             }
+            start = end + 1;
         }
-        else if (line[0])
+        held -= (int)(start - input);
+        memmove(input, start, (size_t)held);
+        // A line longer than the buffer is no command: drop it.
+        if (held >= (int)sizeof input - 1)
         {
-            printf("%s\n", rigsim_command(sim, line).c_str());
+            held = 0;
         }
-        fflush(stdout);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "bus/sei_link.h"
 
 #include "core/clock.h"
+#include "core/serial_port.h"
 #include "core/ini_file.h"
 #include "core/settings.h"
 #include "core/state.h"
@@ -84,27 +85,6 @@ int sei_port_baud(int index)
     return settings_baud_rate(index);
 }
 
-static speed_t sei_speed(int baud)
-{
-    switch (baud)
-    {
-    case 1200:
-        return B1200;
-    case 2400:
-        return B2400;
-    case 4800:
-        return B4800;
-    case 19200:
-        return B19200;
-    case 38400:
-        return B38400;
-    case 57600:
-        return B57600;
-    default:
-        return B9600;
-    }
-}
-
 void sei_log(const char *format, ...)
 {
     if (!sei_log_file || !SeiDebug || !SeiDebugVerbose)
@@ -151,64 +131,19 @@ void sei_line_termios(const SeiSettings *s, struct termios *tio)
     // Every byte of the bus is data, whatever the port was left with: an XON
     // or XOFF in a reply must not be taken as flow control (an XOFF would hold
     // back the next stop frame for good), nor a carriage return as a newline.
-    // No input, output or local processing at all, and parity goes unchecked.
-    tio->c_iflag = 0;
-    tio->c_oflag = 0;
-    tio->c_lflag = 0;
-    tio->c_cflag = CREAD | CLOCAL | (s->DataBits == 0 ? CS7 : CS8);
-    switch (s->Parity)
-    {
-    case 1:
-        tio->c_cflag |= PARENB | PARODD;
-        break;
-    case 2:
-        tio->c_cflag |= PARENB;
-        break;
-    case 3:
-        tio->c_cflag |= PARENB | CMSPAR | PARODD;
-        break;
-    case 4:
-        tio->c_cflag |= PARENB | CMSPAR;
-        break;
-    default:
-        break;
-    }
-    // Linux has no 1.5 stop bits; it sends two, as most drivers do.
-    if (s->StopBits != 0)
-    {
-        tio->c_cflag |= CSTOPB;
-    }
     // Our station's rule: an RS485 adapter that wants RTS/CTS gets it when
     // the section asks for "Hardware". Software flow control cannot work on
     // a binary bus, so "Software" and "Custom" stay kept-only.
-    if (s->FlowControl == 1)
-    {
-        tio->c_cflag |= CRTSCTS;
-    }
     // Reads never block here: sei_transact waits for each byte with poll.
-    tio->c_cc[VMIN] = 0;
-    tio->c_cc[VTIME] = 0;
-    speed_t speed = sei_speed(sei_port_baud(s->BaudRate));
-    cfsetispeed(tio, speed);
-    cfsetospeed(tio, speed);
+    serial_port_raw_termios(tio, sei_port_baud(s->BaudRate), s->DataBits == 0, s->Parity, s->StopBits != 0,
+                            s->FlowControl == 1, 0);
 }
 
-static int sei_open_port(const char *name)
+static char sei_failure[SERIAL_PORT_NAME_SIZE + 96];
+
+const char *sei_open_failure(void)
 {
-    int fd = open(name, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-    if (fd < 0)
-    {
-        return -1;
-    }
-    struct termios probe;
-    if (tcgetattr(fd, &probe) != 0 || ioctl(fd, TIOCEXCL) != 0)
-    {
-        close(fd);
-        return -1;
-    }
-    // Opened without waiting for a carrier; from here on the port blocks.
-    fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
-    return fd;
+    return sei_failure;
 }
 
 int sei_open(void)
@@ -218,14 +153,16 @@ int sei_open(void)
     {
         sei_log_create();
     }
-    int fd = sei_open_port(sei_settings.PortName);
+    int fd = serial_port_open(sei_settings.PortName, sei_failure, sizeof sei_failure);
     if (fd < 0)
     {
-        qDebug("SEI port %s could not be opened", sei_settings.PortName);
+        qDebug("SEI port %s could not be opened: %s", sei_settings.PortName, sei_failure);
         sei_save_settings(ini_file_name, &sei_settings);
         sei_log_close();
         return -1;
     }
+    // Opened without waiting for a carrier; from here on the port blocks.
+    fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
     struct termios tio;
     if (tcgetattr(fd, &tio) == 0)
     {
@@ -239,10 +176,7 @@ int sei_open(void)
     ioctl(fd, TIOCMBIS, &lines);
     {
         std::lock_guard<std::mutex> hold(sei_mutex);
-        if (sei_fd >= 0)
-        {
-            close(sei_fd);
-        }
+        serial_port_close(sei_fd);
         sei_fd = fd;
     }
     qDebug("SEI port %s opened successfully", sei_settings.PortName);
@@ -283,8 +217,7 @@ int sei_close(void)
         ioctl(sei_fd, TIOCMBIC, &lines);
         // Only what came in is dropped; the output has gone.
         tcflush(sei_fd, TCIFLUSH);
-        ioctl(sei_fd, TIOCNXCL);
-        close(sei_fd);
+        serial_port_close(sei_fd);
         sei_fd = -1;
     }
     return 0;
@@ -294,12 +227,8 @@ void sei_link_reset(void)
 {
     sei_log_close();
     std::lock_guard<std::mutex> hold(sei_mutex);
-    if (sei_fd >= 0)
-    {
-        ioctl(sei_fd, TIOCNXCL);
-        close(sei_fd);
-        sei_fd = -1;
-    }
+    serial_port_close(sei_fd);
+    sei_fd = -1;
     sei_settings = sei_defaults();
 }
 

@@ -3,6 +3,8 @@
 // the bytes mean is sei_commands' business.
 #pragma once
 
+#include "core/serial_port.h"
+
 #include <cstdint>
 
 struct termios;
@@ -11,9 +13,7 @@ struct termios;
 // the file holds the words and numbers an operator reads.
 struct SeiSettings
 {
-    // Linux names its adapters by path, and the stable ones under
-    // /dev/serial/by-id run well past 31 characters.
-    char PortName[256];
+    char PortName[SERIAL_PORT_NAME_SIZE];
     int32_t BaudRate;    // 0..7: 1200 .. 57600
     int32_t DataBits;    // 0 is 7 bits, 1 is 8
     int32_t StopBits;    // 0 is 1, 1 is 1.5, 2 is 2
@@ -31,6 +31,8 @@ int sei_save_settings(const char *ini_name, const SeiSettings *record);
 
 // 0 when the port is open and settled, -1 when not; a failure is final.
 int sei_open(void);
+// Why the last open failed, for the status bar ("" after a good open).
+const char *sei_open_failure(void);
 // Save the section, close the log and the port. Returns 0.
 int sei_close(void);
 int sei_is_open(void);

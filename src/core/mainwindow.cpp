@@ -113,7 +113,9 @@ MainWindow::MainWindow(int instance, QWidget *parent)
     // this message say why the antenna does not follow.
     if (sei_open() < 0)
     {
-        panel_status("Morvane communication failure", 0);
+        char text[SERIAL_PORT_NAME_SIZE + 128];
+        snprintf(text, sizeof text, "Morvane communication failure: %s", sei_open_failure());
+        panel_status(text, 0);
     }
     else
     {

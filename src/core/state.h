@@ -3,6 +3,8 @@
 // to its start value, which the program's start and every test rely on.
 #pragma once
 
+#include "core/serial_port.h"
+
 #include <cstdint>
 #include <ctime>
 
@@ -99,7 +101,7 @@ struct SystemSettings
 
     double AZ[36]; // keys AZ_0 .. AZ_35, one per 10 degrees
     double EL[10]; // keys EL_0 .. EL_9
-    char PortName[32];
+    char PortName[SERIAL_PORT_NAME_SIZE]; // the radio's port, by its full path
     int32_t Port;
     int32_t BaudRate;    // index 0..7
     int32_t DataBits;    // index: 0 is 7 bits, 1 is 8

@@ -36,6 +36,12 @@ void easycomm_reset(void)
 void easycomm_start(EasyCommRecord *e)
 {
     e->active = serial_open(&e->link) == 0 ? 1 : 0;
+    if (!e->active)
+    {
+        char text[SERIAL_PORT_NAME_SIZE + 160];
+        snprintf(text, sizeof text, "EasyComm: %s", serial_failure());
+        panel_status(text, 0);
+    }
     source_table[SOURCE_EASYCOMM].az_tracking_enable = 0;
     source_table[SOURCE_EASYCOMM].el_tracking_enable = 0;
 }

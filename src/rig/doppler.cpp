@@ -1,17 +1,19 @@
 #include "rig/doppler.h"
 
+#include "core/clock.h"
 #include "core/panel.h"
 #include "core/panel_seam.h"
 #include "rig/rig_engine.h"
 #include "rig/rig_loader.h"
+#include "rig/rig_survey.h"
 
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 
-int32_t doppler_round(double hz)
+int64_t doppler_round(double hz)
 {
-    return (int32_t)(hz < 0 ? -std::floor(-hz + 0.5) : std::floor(hz + 0.5));
+    return (int64_t)(hz < 0 ? -std::floor(-hz + 0.5) : std::floor(hz + 0.5));
 }
 
 static const SourceRecord *doppler_home_row(void)
@@ -39,17 +41,17 @@ double doppler_correction(void)
 
 void doppler_follow(int vfo_mode, double correction)
 {
-    int32_t rx, tx;
+    int64_t rx, tx;
     if (vfo_mode == 1)
     {
         if (rig_get_freq_a(&rx) != 0)
         {
             return;
         }
-        tx = (int32_t)(rx - doppler_round(correction));
+        tx = rx - doppler_round(correction);
         rig_set_freq_b(tx);
-        rx_frequency_hz = rx;
-        tx_frequency_hz = tx;
+        rx_frequency_hz = (double)rx;
+        tx_frequency_hz = (double)tx;
     }
     else if (vfo_mode == 2)
     {
@@ -57,20 +59,20 @@ void doppler_follow(int vfo_mode, double correction)
         {
             return;
         }
-        rx = (int32_t)(tx + doppler_round(correction));
+        rx = tx + doppler_round(correction);
         rig_set_freq_a(rx);
-        rx_frequency_hz = rx;
-        tx_frequency_hz = tx;
+        rx_frequency_hz = (double)rx;
+        tx_frequency_hz = (double)tx;
     }
     else
     {
         if (rig_get_freq_a(&rx) == 0)
         {
-            rx_frequency_hz = rx;
+            rx_frequency_hz = (double)rx;
         }
         if (rig_get_freq_b(&tx) == 0)
         {
-            tx_frequency_hz = tx;
+            tx_frequency_hz = (double)tx;
         }
     }
 }
@@ -84,12 +86,46 @@ void doppler_show_frequencies(void)
     panel_text(PANEL_RX_FREQUENCY, text);
 }
 
+// Three commands in a row went unanswered: the radio is off or its cable
+// is out. Rig control stops, and the button and the status bar say so.
+static void doppler_radio_gone(void)
+{
+    char text[SERIAL_PORT_NAME_SIZE + 64];
+    snprintf(text, sizeof text, "Radio not answering on %s", rig_link.PortName);
+    rig_control_off();
+    panel_style(PANEL_OMNIRIG, STYLE_DARKRED);
+    panel_status(text, 0);
+}
+
+// The rig's walk moves on as its bytes come, between the groups too. Bytes
+// that come while no command waits answer nothing (a radio announcing its own
+// changes): they are dropped, or the port would keep calling.
+static void doppler_rig_readable(void)
+{
+    rig_service(clock_monotonic_ms());
+    if (!rig_engine.record)
+    {
+        serial_clear(&rig_link);
+    }
+}
+
 void doppler_frequency_group(void)
 {
     if (settings.OmniRigActive)
     {
-        rig_poll_status();
-        doppler_follow(vfo_doppler_mode, doppler_correction());
+        rig_service(clock_monotonic_ms());
+        if (rig_not_answering())
+        {
+            doppler_radio_gone();
+        }
+        else if (!rig_busy())
+        {
+            // The walk just ended brought the leading VFO; its follower is
+            // written before the next walk reads again.
+            doppler_follow(vfo_doppler_mode, doppler_correction());
+            rig_start_status();
+            rig_service(clock_monotonic_ms());
+        }
     }
     else
     {
@@ -99,10 +135,10 @@ void doppler_frequency_group(void)
     doppler_show_frequencies();
 }
 
-
 void rig_control_off(void)
 {
     settings.OmniRigActive = 0;
+    rig_stop();
     serial_close(&rig_link);
     panel_style(PANEL_OMNIRIG, STYLE_GRAY);
 }
@@ -125,21 +161,40 @@ void doppler_omnirig_pressed(void)
     if (settings.OmniRigActive)
     {
         rig_control_off();
-        panel_style(PANEL_OMNIRIG, STYLE_GRAY);
         panel_status("OmniRig is inactive", 0);
         return;
     }
     rig_link_from_settings();
-    if (!settings.OmniRigFilename[0] || serial_open(&rig_link) != 0)
+    if (!settings.OmniRigFilename[0])
     {
         panel_style(PANEL_OMNIRIG, STYLE_GRAY);
         panel_status("OmniRig is inactive", 0);
         return;
     }
+    if (serial_open(&rig_link) != 0)
+    {
+        char text[SERIAL_PORT_NAME_SIZE + 160];
+        snprintf(text, sizeof text, "OmniRig is inactive: %s", serial_failure());
+        panel_style(PANEL_OMNIRIG, STYLE_GRAY);
+        panel_status(text, 0);
+        return;
+    }
     LoadOmniRigFile(settings.OmniRigFilename, settings.OmniRigDebug);
-    rig_send_init();
+    rig_start_init();
+    rig_service(clock_monotonic_ms());
+    serial_watch(&rig_link, doppler_rig_readable);
     settings.OmniRigActive = 1;
     panel_style(PANEL_OMNIRIG, STYLE_DARKGREEN);
+    // A file that cannot drive Doppler still reads what it can; the operator
+    // is told at once why the other VFO will not follow.
+    char verdict[160];
+    if (rig_survey_verdict(verdict, sizeof verdict) == 2)
+    {
+        char text[256];
+        snprintf(text, sizeof text, "OmniRig is active, but %s", verdict);
+        panel_status(text, 0);
+        return;
+    }
     panel_status("OmniRig is active", 0);
 }
 

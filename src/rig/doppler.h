@@ -9,7 +9,7 @@
 #include <cstdint>
 
 // Nearest hertz, halves away from zero: 12.5 is 13 and -12.5 is -13.
-int32_t doppler_round(double hz);
+int64_t doppler_round(double hz);
 // The shift asked for by doppler_mode: 0, the home figure, the DX figure or
 // the mean of the two.
 double doppler_correction(void);
@@ -19,8 +19,11 @@ double doppler_correction(void);
 // follows RX (A); 2: RX follows TX; 0: both only read. A VFO that has given
 // no reading leaves both frequencies alone and nothing is written.
 void doppler_follow(int vfo_mode, double correction);
-// The rig group of the cycle: poll and follow while rig control is on, else
-// show the station's Frequency; then the two frequency labels.
+// The rig group of the cycle, while rig control is on: move the engine on;
+// when its walk has ended, write the following VFO and start the next walk;
+// after RIG_SILENT_LIMIT unanswered commands switch rig control off with
+// "Radio not answering on <port>". Off, show the station's Frequency. Then
+// the two frequency labels. Never waits for the radio.
 void doppler_frequency_group(void);
 void doppler_show_frequencies(void);
 

@@ -6,6 +6,7 @@
 #include "core/state.h"
 #include "rig/doppler.h"
 #include "rig/rig_loader.h"
+#include "rig/rig_survey.h"
 #include "rig/serial_link.h"
 #include "ui_rig_dialog.h"
 
@@ -26,6 +27,7 @@ RigControlDialog::RigControlDialog(QWidget *parent) : QDialog(parent), ui(new Ui
     ui->tableWidget->setSortingEnabled(false);
     listFiles();
     listPorts();
+    showSurvey();
 
     ui->BaudComboBox->setCurrentIndex(settings.BaudRate);
     ui->DataBitsComboBox->setCurrentIndex(settings.DataBits);
@@ -85,6 +87,32 @@ void RigControlDialog::rigSelected(QTableWidgetItem *item)
 {
     rig_control_off();
     text_copy(settings.OmniRigFilename, sizeof settings.OmniRigFilename, item->text().toUtf8().constData());
+    showSurvey();
+}
+
+// What the chosen file lets Doppler tuning do, before the operator relies on
+// it. While rig control is on, the tables hold that very file; otherwise it is
+// loaded here, and the rig button loads it again when pressed.
+void RigControlDialog::showSurvey(void)
+{
+    if (!settings.OmniRigFilename[0])
+    {
+        ui->SurveyLabel->clear();
+        return;
+    }
+    QString name = QString::fromUtf8(settings.OmniRigFilename);
+    if (!QFileInfo::exists(QString::fromUtf8(rig_files_folder()) + "/" + name))
+    {
+        ui->SurveyLabel->setText(name + ": no such file among the rig files");
+        return;
+    }
+    if (!settings.OmniRigActive)
+    {
+        LoadOmniRigFile(settings.OmniRigFilename, 0);
+    }
+    char verdict[160];
+    rig_survey_verdict(verdict, sizeof verdict);
+    ui->SurveyLabel->setText(QString::fromUtf8(settings.OmniRigFilename) + ": " + QString::fromUtf8(verdict));
 }
 
 void RigControlDialog::PortChanged(int index)

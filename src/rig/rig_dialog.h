@@ -35,6 +35,7 @@ class RigControlDialog : public QDialog
   private:
     void listFiles(void);
     void listPorts(void);
+    void showSurvey(void);
 };
 
 // What an accepted dialog leaves: the file's name on the rig button, or rig

@@ -1,5 +1,6 @@
 #include "rig/rig_engine.h"
 
+#include "core/clock.h"
 #include "rig/rig_log.h"
 
 #include <cstdio>
@@ -7,6 +8,7 @@
 #include <cstring>
 
 SerialLink rig_link;
+RigEngine rig_engine;
 char rig_param_text[RIG_TEXT_COUNT][RIG_TEXT_SIZE];
 int32_t rig_flag_state[RIG_PARAM_COUNT];
 
@@ -50,7 +52,8 @@ int rig_validate_reply(const RigCommand *record, const uint8_t *reply, int lengt
 int rig_value_text(const RigValue *value, const uint8_t *reply, int length, char *text, int size)
 {
     text[0] = 0;
-    int fits = value->length > 0 && value->start >= 0 && value->start + value->length <= length;
+    // In 64 bits: a file may give any start and length, and their sum must not wrap.
+    int fits = value->length > 0 && value->start >= 0 && (int64_t)value->start + value->length <= length;
     switch (value->format)
     {
     case vfText:
@@ -113,7 +116,7 @@ static void rig_decode_values(const RigCommand *record, const uint8_t *reply, in
 
 static int rig_flag_matches(const RigCommand *record, const RigFlag *flag, const uint8_t *reply)
 {
-    for (int i = 0; i < flag->bits_length && i < RIG_PATTERN_SIZE; i++)
+    for (int i = 0; i < flag->bits_length && i < RIG_PATTERN_SIZE && i < RIG_REPLY_SIZE; i++)
     {
         uint8_t mask = flag->mask[i];
         if (!record->is_hex && mask == '.')
@@ -163,6 +166,28 @@ static void rig_test_flags(const RigCommand *record, const uint8_t *reply, int l
     }
 }
 
+// A BCD byte holds two decimal digits; anything else is a garbled reply,
+// and taking it would write a wrong frequency to the other VFO.
+static int rig_bcd_is_decimal(const RigCommand *record, const uint8_t *reply, int length)
+{
+    for (const RigValue &value : record->values)
+    {
+        if ((value.format != vfBcdBU && value.format != vfBcdLU) || value.length < 1 || value.start < 0 ||
+            (int64_t)value.start + value.length > length)
+        {
+            continue;
+        }
+        for (int i = value.start; i < value.start + value.length; i++)
+        {
+            if ((reply[i] >> 4) > 9 || (reply[i] & 0x0F) > 9)
+            {
+                return 0;
+            }
+        }
+    }
+    return 1;
+}
+
 int rig_decode_reply(const RigCommand *record, const uint8_t *reply, int length, FILE *log)
 {
     if (record->validate_length >= 1)
@@ -177,30 +202,254 @@ int rig_decode_reply(const RigCommand *record, const uint8_t *reply, int length,
             return 1;
         }
     }
+    if (!rig_bcd_is_decimal(record, reply, length))
+    {
+        if (log)
+        {
+            fprintf(log, "Reply refused: a BCD value holds a byte that is not two decimal digits\n");
+        }
+        return 1;
+    }
     rig_decode_values(record, reply, length, log);
     rig_test_flags(record, reply, length, log);
     return 0;
 }
 
-// Collect a reply that ends in the record's terminator: one byte at a time,
-// the terminator kept. 1 when it came, 0 when the radio fell silent or 64
-// bytes went by without it. *count says how many came either way.
-static int rig_read_terminated(const RigCommand *record, uint8_t *reply, int *count)
+static void rig_log_command(const RigCommand *record)
 {
-    *count = 0;
-    while (*count < RIG_REPLY_SIZE)
+    FILE *log = rig_debug ? rig_log_open("a") : nullptr;
+    if (log)
     {
-        if (serial_read(&rig_link, reply + *count, 1, RIG_WAIT_PERIODS) != 1)
+        fprintf(log, "Command(%2d)  :", record->code_length);
+        rig_log_bytes(log, record->is_hex, record->code, record->code_length);
+    }
+    rig_log_close(log);
+}
+
+static void rig_send(const RigCommand *record, int64_t now_ms)
+{
+    RigEngine *e = &rig_engine;
+    e->record = record;
+    e->started_ms = now_ms;
+    e->sent = 0;
+    e->count = 0;
+    memset(e->reply, 0, sizeof e->reply);
+    serial_clear(&rig_link);
+    rig_log_command(record);
+}
+
+static int rig_awaits_reply(const RigCommand *record)
+{
+    return record->ReplyLength >= 1 || record->has_reply_end;
+}
+
+// Take the bytes that have come. 1 when the reply is whole, -1 when it can no
+// longer be (64 bytes without the terminator), else 0.
+static int rig_collect(RigEngine *e)
+{
+    const RigCommand *record = e->record;
+    if (record->ReplyLength >= 1)
+    {
+        // A few old files ask for more than the reply buffer holds; the
+        // first 64 bytes are taken and the rest is dropped by the next clear.
+        int want = record->ReplyLength < RIG_REPLY_SIZE ? record->ReplyLength : RIG_REPLY_SIZE;
+        e->count += serial_read_some(&rig_link, e->reply + e->count, want - e->count);
+        return e->count >= want ? 1 : 0;
+    }
+    // A terminated reply is taken a byte at a time, so that nothing behind
+    // its terminator is taken with it.
+    while (e->count < RIG_REPLY_SIZE)
+    {
+        if (serial_read_some(&rig_link, e->reply + e->count, 1) != 1)
         {
             return 0;
         }
-        (*count)++;
-        if (reply[*count - 1] == record->reply_end)
+        if (e->reply[e->count++] == record->reply_end)
         {
             return 1;
         }
     }
-    return 0;
+    return -1;
+}
+
+// One step of the exchange on the line: its outcome, or RIG_OUTCOME_NONE
+// while it goes on.
+static int rig_step(RigEngine *e, int64_t now_ms)
+{
+    const RigCommand *record = e->record;
+    if (e->sent < record->code_length)
+    {
+        int n = serial_write(&rig_link, record->code + e->sent, record->code_length - e->sent);
+        e->sent += n > 0 ? n : 0;
+    }
+    int written = e->sent >= record->code_length && serial_output_pending(&rig_link) == 0;
+    int whole = rig_awaits_reply(record) ? rig_collect(e) : 1;
+    if (whole < 0)
+    {
+        return RIG_OUTCOME_INCOMPLETE;
+    }
+    if (written && whole)
+    {
+        return RIG_OUTCOME_REPLY;
+    }
+    if (now_ms - e->started_ms < RIG_BUDGET_MS)
+    {
+        return RIG_OUTCOME_NONE;
+    }
+    if (!written)
+    {
+        // A command that reached the radio late would be a wrong one by then.
+        serial_discard_output(&rig_link);
+        return RIG_OUTCOME_WRITE_TIMEOUT;
+    }
+    return RIG_OUTCOME_NO_REPLY;
+}
+
+static void rig_finish(RigEngine *e, int outcome)
+{
+    const RigCommand *record = e->record;
+    FILE *log = rig_debug ? rig_log_open("a") : nullptr;
+    if (log && rig_awaits_reply(record))
+    {
+        fprintf(log, record->ReplyLength >= 1 ? "Reply(%2d)    :" : "ReplyEnd(%2d) :", e->count);
+        rig_log_bytes(log, record->is_hex, e->reply, e->count);
+    }
+    if (outcome == RIG_OUTCOME_REPLY && rig_awaits_reply(record))
+    {
+        rig_decode_reply(record, e->reply, e->count, log);
+    }
+    else if (log && outcome == RIG_OUTCOME_WRITE_TIMEOUT)
+    {
+        fprintf(log, "The command could not leave the port within %d ms\n", RIG_BUDGET_MS);
+    }
+    else if (log && outcome == RIG_OUTCOME_NO_REPLY && e->count == 0)
+    {
+        fprintf(log, "No Reply was Received\n");
+    }
+    if (log)
+    {
+        fprintf(log, "\n");
+    }
+    rig_log_close(log);
+    // Only a command that ran out of time counts towards a radio that is gone;
+    // any answer, even a wrong one, shows it is there.
+    e->silent_run = outcome == RIG_OUTCOME_NO_REPLY || outcome == RIG_OUTCOME_WRITE_TIMEOUT ? e->silent_run + 1 : 0;
+    e->last_outcome = outcome;
+    e->record = nullptr;
+}
+
+// The next record of the walk: the first may be empty, the first gap after
+// it ends the walk. Null when the walk is over.
+static const RigCommand *rig_walk_next(RigEngine *e)
+{
+    while (e->walk && e->walk_next < e->walk_count)
+    {
+        const RigCommand *record = &e->walk[e->walk_next++];
+        if (record->code_length > 0)
+        {
+            return record;
+        }
+        if (e->walk_next > 1)
+        {
+            break;
+        }
+    }
+    if (e->walk == rig_status)
+    {
+        e->walks_done++;
+    }
+    e->walk = nullptr;
+    return nullptr;
+}
+
+void rig_service(int64_t now_ms)
+{
+    RigEngine *e = &rig_engine;
+    // Each turn ends one exchange or starts one; a turn that does neither
+    // waits for the bytes, and the bound keeps a table of empty writes short.
+    for (int turn = 0; turn < 2 * (RIG_STATUS_COUNT + 2); turn++)
+    {
+        if (e->record)
+        {
+            int outcome = rig_step(e, now_ms);
+            if (outcome == RIG_OUTCOME_NONE)
+            {
+                return;
+            }
+            rig_finish(e, outcome);
+            if (rig_not_answering())
+            {
+                return;
+            }
+        }
+        const RigCommand *next = e->pending_write;
+        e->pending_write = nullptr;
+        if (!next)
+        {
+            next = rig_walk_next(e);
+        }
+        if (!next)
+        {
+            return;
+        }
+        rig_send(next, now_ms);
+    }
+}
+
+int rig_busy(void)
+{
+    return rig_engine.record || rig_engine.pending_write || rig_engine.walk;
+}
+
+int rig_not_answering(void)
+{
+    return rig_engine.silent_run >= RIG_SILENT_LIMIT;
+}
+
+static void rig_start_walk(const RigCommand *table, int count)
+{
+    rig_engine.walk = table;
+    rig_engine.walk_count = count;
+    rig_engine.walk_next = 0;
+}
+
+void rig_start_init(void)
+{
+    memset(rig_param_text, 0, sizeof rig_param_text);
+    memset(rig_flag_state, 0, sizeof rig_flag_state);
+    rig_engine.silent_run = 0;
+    rig_start_walk(rig_init, RIG_INIT_COUNT);
+}
+
+void rig_stop(void)
+{
+    rig_engine.walk = nullptr;
+    rig_engine.pending_write = nullptr;
+    rig_engine.record = nullptr;
+}
+
+void rig_start_status(void)
+{
+    if (!rig_engine.walk)
+    {
+        rig_start_walk(rig_status, RIG_STATUS_COUNT);
+    }
+}
+
+void rig_run_until_idle(void)
+{
+    // Bounded by what the queued work can take when every command runs out
+    // of time, and a little over.
+    int64_t end = clock_monotonic_ms() + (int64_t)(RIG_STATUS_COUNT + 2) * RIG_BUDGET_MS;
+    for (;;)
+    {
+        rig_service(clock_monotonic_ms());
+        if (!rig_busy() || rig_not_answering() || clock_monotonic_ms() > end)
+        {
+            return;
+        }
+        serial_wait_readable(&rig_link, 5);
+    }
 }
 
 int rig_issue_command(const RigCommand *record, uint8_t reply[RIG_REPLY_SIZE])
@@ -210,130 +459,65 @@ int rig_issue_command(const RigCommand *record, uint8_t reply[RIG_REPLY_SIZE])
     {
         return -1;
     }
-    serial_clear(&rig_link);
-    FILE *log = rig_debug ? rig_log_open("a") : nullptr;
-    if (log)
-    {
-        fprintf(log, "Command(%2d)  :", record->code_length);
-        rig_log_bytes(log, record->is_hex, record->code, record->code_length);
-    }
-    serial_write(&rig_link, record->code, record->code_length);
-
-    int count = 0;
-    int complete = 0;
-    if (record->ReplyLength >= 1)
-    {
-        // A few old files ask for more than the reply buffer holds; the
-        // first 64 bytes are taken and the rest is dropped by the next clear.
-        int want = record->ReplyLength < RIG_REPLY_SIZE ? record->ReplyLength : RIG_REPLY_SIZE;
-        count = serial_read(&rig_link, reply, want, RIG_WAIT_PERIODS);
-        complete = count == want;
-        if (log)
-        {
-            fprintf(log, "Reply(%2d)    :", count);
-        }
-    }
-    else if (record->has_reply_end)
-    {
-        complete = rig_read_terminated(record, reply, &count);
-        if (log)
-        {
-            fprintf(log, "ReplyEnd(%2d) :", count);
-        }
-    }
-    else
-    {
-        // Nothing is awaited: the bytes have gone, and that is all.
-        rig_log_close(log);
-        return 0;
-    }
-    rig_log_bytes(log, record->is_hex, reply, count);
-    if (complete)
-    {
-        rig_decode_reply(record, reply, count, log);
-    }
-    else if (log && count == 0)
-    {
-        fprintf(log, "No Reply was Received\n");
-    }
-    if (log)
-    {
-        fprintf(log, "\n");
-    }
-    rig_log_close(log);
+    rig_run_until_idle();
+    rig_engine.pending_write = record;
+    rig_run_until_idle();
+    memcpy(reply, rig_engine.reply, RIG_REPLY_SIZE);
     return 0;
-}
-
-static int rig_walk(const RigCommand *table, int count)
-{
-    uint8_t reply[RIG_REPLY_SIZE];
-    int result = 0;
-    for (int i = 0; i < count; i++)
-    {
-        if (table[i].code_length > 0)
-        {
-            result = rig_issue_command(&table[i], reply);
-        }
-        else if (i > 0)
-        {
-            // A file may number its sections from 1; only a gap after that ends the list.
-            break;
-        }
-    }
-    return result;
 }
 
 int rig_send_init(void)
 {
-    memset(rig_param_text, 0, sizeof rig_param_text);
-    memset(rig_flag_state, 0, sizeof rig_flag_state);
-    return rig_walk(rig_init, RIG_INIT_COUNT);
+    rig_start_init();
+    rig_run_until_idle();
+    return 0;
 }
 
 void rig_poll_status(void)
 {
-    rig_walk(rig_status, RIG_STATUS_COUNT);
+    rig_start_status();
+    rig_run_until_idle();
 }
 
-static int rig_get_freq(int param, int32_t *hz)
+// A frequency is whole hertz in decimal digits, nothing else: a text that
+// holds any other character is no reading.
+static int rig_get_freq(int param, int64_t *hz)
 {
-    if (!rig_param_text[param][0])
+    const char *text = rig_param_text[param];
+    if (!text[0] || strspn(text, "0123456789") != strlen(text) || strlen(text) > 18)
     {
         return 1;
     }
-    *hz = (int32_t)atol(rig_param_text[param]);
+    *hz = strtoll(text, nullptr, 10);
     return 0;
 }
 
-int rig_get_freq_a(int32_t *hz)
+int rig_get_freq_a(int64_t *hz)
 {
     return rig_get_freq(pmFreqA, hz);
 }
 
-int rig_get_freq_b(int32_t *hz)
+int rig_get_freq_b(int64_t *hz)
 {
     return rig_get_freq(pmFreqB, hz);
 }
 
-int rig_encode_frequency(RigCommand *record, int32_t hz)
+int rig_encode_frequency(RigCommand *record, int64_t hz)
 {
     const RigValue *value = &record->values[0];
-    if (record->code_length < 1 || value->length < 1)
+    if (record->code_length < 1 || value->length < 1 || value->start < 0 ||
+        (int64_t)value->start + value->length > record->code_length)
     {
         return 1;
     }
-    if (value->format != vfText && value->format != vfBcdLU)
+    if ((value->format != vfText && value->format != vfBcdLU) || hz < 0)
     {
         return -1;
     }
-    int digits_count = value->format == vfText ? value->length : 2 * value->length;
     // Digits that do not fit are lost at the high end, as the field allows.
-    char digits[2 * RIG_CODE_SIZE + 1];
-    if (digits_count > 2 * RIG_CODE_SIZE)
-    {
-        digits_count = 2 * RIG_CODE_SIZE;
-    }
-    uint32_t rest = (uint32_t)hz;
+    int digits_count = value->format == vfText ? value->length : 2 * value->length;
+    char digits[2 * RIG_CODE_SIZE];
+    uint64_t rest = (uint64_t)hz;
     for (int i = digits_count - 1; i >= 0; i--)
     {
         digits[i] = (char)('0' + rest % 10);
@@ -341,46 +525,35 @@ int rig_encode_frequency(RigCommand *record, int32_t hz)
     }
     if (value->format == vfText)
     {
-        for (int i = 0; i < digits_count && value->start + i < RIG_CODE_SIZE; i++)
-        {
-            if (value->start + i >= 0)
-            {
-                record->code[value->start + i] = (uint8_t)digits[i];
-            }
-        }
+        memcpy(record->code + value->start, digits, (size_t)digits_count);
         return 0;
     }
     // vfBcdLU: the lowest pair of digits goes into the first byte.
     for (int i = 0; i < value->length; i++)
     {
         int pair = value->length - 1 - i;
-        int at = value->start + i;
-        if (at >= 0 && at < RIG_CODE_SIZE)
-        {
-            record->code[at] = (uint8_t)(((digits[2 * pair] - '0') << 4) | (digits[2 * pair + 1] - '0'));
-        }
+        record->code[value->start + i] = (uint8_t)(((digits[2 * pair] - '0') << 4) | (digits[2 * pair + 1] - '0'));
     }
     return 0;
 }
 
-static int rig_set_freq(int param, int32_t hz)
+static int rig_set_freq(int param, int64_t hz)
 {
     RigCommand *record = &rig_write[param];
     int status = rig_encode_frequency(record, hz);
-    if (status != 0)
+    if (status == 0)
     {
-        return status;
+        rig_engine.pending_write = record;
     }
-    uint8_t reply[RIG_REPLY_SIZE];
-    return rig_issue_command(record, reply);
+    return status;
 }
 
-int rig_set_freq_a(int32_t hz)
+int rig_set_freq_a(int64_t hz)
 {
     return rig_set_freq(pmFreqA, hz);
 }
 
-int rig_set_freq_b(int32_t hz)
+int rig_set_freq_b(int64_t hz)
 {
     return rig_set_freq(pmFreqB, hz);
 }
@@ -389,6 +562,7 @@ void rig_reset(void)
 {
     serial_close(&rig_link);
     memset(&rig_link, 0, sizeof rig_link);
+    memset(&rig_engine, 0, sizeof rig_engine);
     rig_tables_clear();
     memset(rig_param_text, 0, sizeof rig_param_text);
     memset(rig_flag_state, 0, sizeof rig_flag_state);

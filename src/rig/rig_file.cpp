@@ -78,6 +78,8 @@ int rig_file_parse(const char *data, size_t length, RigFile *file)
 int rig_file_read(const char *path, RigFile *file)
 {
     file->entries.clear();
+    const char *slash = strrchr(path, '/');
+    file->name = slash ? slash + 1 : path;
     FILE *f = fopen(path, "rb");
     if (!f)
     {
@@ -91,7 +93,10 @@ int rig_file_read(const char *path, RigFile *file)
         data.append(buffer, n);
     }
     fclose(f);
-    return rig_file_parse(data.data(), data.size(), file);
+    std::string name = file->name;
+    rig_file_parse(data.data(), data.size(), file);
+    file->name = name;
+    return 0;
 }
 
 const char *rig_file_value(const RigFile *file, const char *section, const char *key)

@@ -16,6 +16,7 @@ struct RigFileEntry
 
 struct RigFile
 {
+    std::string name; // the file's name, for the log lines about it
     std::vector<RigFileEntry> entries;
 };
 

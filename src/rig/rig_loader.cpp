@@ -4,7 +4,9 @@
 #include "rig/rig_log.h"
 
 #include <QCoreApplication>
+#include <QtGlobal>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -86,9 +88,15 @@ static int rig_read_int(const std::string &text)
     {
         end++;
     }
-    if (end == start || *end || errno)
+    if (end == start || *end)
     {
         return 0;
+    }
+    // A number beyond an int is kept as the largest one, so that the checks
+    // of the loader refuse it rather than see it wrapped into a small one.
+    if (errno || value > INT_MAX || value < INT_MIN)
+    {
+        return value < 0 ? INT_MIN : INT_MAX;
     }
     return (int)value;
 }
@@ -205,6 +213,24 @@ static void rig_load_reply(const RigFile *file, RigCommand *record, const char *
     }
 }
 
+// Where a value may lie: in a parameter's write record it is a place in the
+// command's own bytes; anywhere else a place in the reply, which is at most
+// RIG_REPLY_SIZE bytes however long the file says it is. Checked in 64 bits,
+// since a file may give any numbers.
+static int rig_value_fits(const RigCommand *record, const char *section, const RigValue *value)
+{
+    int64_t room = RIG_REPLY_SIZE;
+    if (rig_param_index(section) >= 0)
+    {
+        room = record->code_length;
+    }
+    else if (record->ReplyLength >= 1 && record->ReplyLength < RIG_REPLY_SIZE)
+    {
+        room = record->ReplyLength;
+    }
+    return value->start >= 0 && value->length >= 0 && (int64_t)value->start + value->length <= room;
+}
+
 static void rig_load_values(const RigFile *file, RigCommand *record, const char *section)
 {
     for (int i = 0; i < RIG_VALUE_COUNT; i++)
@@ -235,6 +261,13 @@ static void rig_load_values(const RigFile *file, RigCommand *record, const char 
         value->adder = (float)rig_read_int(parts[4]);
         int param = parts.size() == 6 ? rig_param_index(parts[5].c_str()) : -1;
         value->param = param < 0 ? pmFreq : param;
+        if (!rig_value_fits(record, section, value))
+        {
+            qWarning("Rig file %s [%s] %s: start %d and length %d lie outside the %s; the value is passed over",
+                     file->name.c_str(), section, key, value->start, value->length,
+                     rig_param_index(section) >= 0 ? "command" : "reply");
+            memset(value, 0, sizeof *value);
+        }
     }
 }
 

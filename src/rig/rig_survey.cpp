@@ -130,3 +130,30 @@ int rig_survey(char *text, int size)
     rig_survey_line(&out, "Doppler RX<-TX (VFO A follows B): %s\n", rx_follows ? "yes" : "no");
     return tx_follows && rx_follows ? 0 : 1;
 }
+
+int rig_survey_verdict(char *text, int size)
+{
+    int read_a = rig_survey_reads(pmFreqA), read_b = rig_survey_reads(pmFreqB);
+    int tx_follows = read_a && rig_survey_writes(pmFreqB);
+    int rx_follows = read_b && rig_survey_writes(pmFreqA);
+    if (tx_follows && rx_follows)
+    {
+        snprintf(text, (size_t)size, "Doppler tuning both ways: VFO B follows A, and A follows B");
+        return 0;
+    }
+    if (tx_follows || rx_follows)
+    {
+        snprintf(text, (size_t)size, "Doppler tuning one way only: VFO %s", tx_follows ? "B follows A" : "A follows B");
+        return 1;
+    }
+    if (!read_a && !read_b)
+    {
+        snprintf(text, (size_t)size, "%s: Doppler tuning needs pmFreqA and pmFreqB",
+                 rig_survey_reads(pmFreq) ? "reads only pmFreq" : "reads no frequency");
+    }
+    else
+    {
+        snprintf(text, (size_t)size, "writes neither VFO it reads: Doppler tuning needs pmFreqA and pmFreqB");
+    }
+    return 2;
+}

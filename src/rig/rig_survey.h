@@ -12,3 +12,8 @@ int rig_survey(char *text, int size);
 int rig_survey_reads(int param);
 // 1 when the write record of a frequency parameter has a writer.
 int rig_survey_writes(int param);
+
+// The survey in one line for the operator, e.g. "reads only pmFreq: Doppler
+// tuning needs pmFreqA and pmFreqB". Returns 0 when Doppler tuning works both
+// ways, 1 when one way, 2 when not at all.
+int rig_survey_verdict(char *text, int size);

@@ -1,10 +1,24 @@
 #include "rig/serial_link.h"
 
+#include "core/clock.h"
+
 #include <QDebug>
-#include <QSerialPort>
+#include <QDir>
 #include <QSerialPortInfo>
+#include <QSocketNotifier>
 #include <QStringList>
+#include <cerrno>
+#include <cstdio>
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <termios.h>
+#include <unistd.h>
+
+static char serial_last_failure[SERIAL_PORT_NAME_SIZE + 128];
+static char serial_by_id_folder[SERIAL_PORT_NAME_SIZE];
+// The one link watched for readable bytes (the radio's).
+static QSocketNotifier *serial_notifier;
+static const SerialLink *serial_watched;
 
 int serial_baud_rate(int row)
 {
@@ -12,129 +26,192 @@ int serial_baud_rate(int row)
     return row >= 0 && row < 8 ? rates[row] : 9600;
 }
 
-static QSerialPort::StopBits serial_stop_bits(int row)
+const char *serial_failure(void)
 {
-    switch (row)
-    {
-    case 1:
-        return QSerialPort::OneAndHalfStop;
-    case 2:
-        return QSerialPort::TwoStop;
-    default:
-        return QSerialPort::OneStop;
-    }
-}
-
-static QSerialPort::Parity serial_parity(int row)
-{
-    static const QSerialPort::Parity parities[5] = {QSerialPort::NoParity, QSerialPort::OddParity,
-                                                    QSerialPort::EvenParity, QSerialPort::MarkParity,
-                                                    QSerialPort::SpaceParity};
-    return row >= 0 && row < 5 ? parities[row] : QSerialPort::NoParity;
-}
-
-static QSerialPort::FlowControl serial_flow_control(int row)
-{
-    switch (row)
-    {
-    case 1:
-        return QSerialPort::HardwareControl;
-    case 2:
-        return QSerialPort::SoftwareControl;
-    default:
-        return QSerialPort::NoFlowControl;
-    }
+    return serial_last_failure;
 }
 
 int serial_open(SerialLink *link)
 {
     serial_close(link);
-    QSerialPort *port = new QSerialPort(QString::fromUtf8(link->PortName));
-    port->setBaudRate(serial_baud_rate(link->BaudRate), QSerialPort::AllDirections);
-    port->setDataBits(link->DataBits == 0 ? QSerialPort::Data7 : QSerialPort::Data8);
-    port->setParity(serial_parity(link->Parity));
-    port->setStopBits(serial_stop_bits(link->StopBits));
-    port->setFlowControl(serial_flow_control(link->FlowControl));
-    link->port = port;
-    if (port->open(QIODevice::ReadWrite))
+    int fd = serial_port_open(link->PortName, serial_last_failure, sizeof serial_last_failure);
+    if (fd < 0)
     {
-        qDebug("Serial port %s opened successfully", link->PortName);
-        return 0;
+        qDebug("Serial port %s could not be opened: %s", link->PortName, serial_last_failure);
+        return -1;
     }
-    qDebug("Serial port %s could not be opened", link->PortName);
-    serial_close(link);
-    return -1;
+    struct termios tio;
+    if (tcgetattr(fd, &tio) == 0)
+    {
+        serial_port_raw_termios(&tio, serial_baud_rate(link->BaudRate), link->DataBits == 0, link->Parity,
+                                link->StopBits == 1 || link->StopBits == 2, link->FlowControl == 1,
+                                link->FlowControl == 2);
+        tcsetattr(fd, TCSANOW, &tio);
+    }
+    // A radio's interface may take its power from DTR and RTS.
+    int lines = TIOCM_DTR | TIOCM_RTS;
+    ioctl(fd, TIOCMBIS, &lines);
+    link->fd = fd;
+    link->is_open = 1;
+    qDebug("Serial port %s opened successfully", link->PortName);
+    return 0;
 }
 
 void serial_close(SerialLink *link)
 {
-    if (!link->port)
+    if (!link->is_open)
     {
         return;
     }
-    if (link->port->isOpen())
+    if (serial_watched == link)
     {
-        link->port->setRequestToSend(false);
-        link->port->setDataTerminalReady(false);
-        link->port->close();
+        serial_watch(link, nullptr);
     }
-    delete link->port;
-    link->port = nullptr;
+    // What has not left by now never will: the close must not wait for a
+    // line held back by flow control.
+    tcflush(link->fd, TCIOFLUSH);
+    int lines = TIOCM_DTR | TIOCM_RTS;
+    ioctl(link->fd, TIOCMBIC, &lines);
+    serial_port_close(link->fd);
+    link->is_open = 0;
+    link->fd = -1;
     qDebug("Serial port %s closed", link->PortName);
 }
 
 void serial_clear(SerialLink *link)
 {
-    if (link->port && link->port->isOpen())
+    // Only input is dropped. Flushing output too would throw away a command
+    // the radio has not had yet (on a pty, what the far end has not read).
+    if (link->is_open)
     {
-        // serial_write leaves nothing unsent, so only input is left to drop.
-        // Flushing output too would be worse than useless: on a pty it throws
-        // away what the far end has not read yet, and a radio that answers a
-        // setting with nothing would never see it.
-        link->port->clear(QSerialPort::Input);
-        // Bytes the driver has passed up but nobody has read yet sit in the
-        // port's own buffer, which clear() leaves alone on some versions.
-        link->port->readAll();
+        tcflush(link->fd, TCIFLUSH);
     }
 }
 
 int serial_write(SerialLink *link, const uint8_t *data, int length)
 {
-    if (!link->port || !link->port->isOpen() || length < 1)
+    if (!link->is_open || length < 1)
     {
         return 0;
     }
-    qint64 accepted = link->port->write((const char *)data, length);
-    // The port writes from its own buffer as the event loop turns; nothing
-    // turns it while the engine blocks, so push the bytes out here. A second
-    // is far beyond what 88 bytes take at the slowest speed we offer.
-    for (int i = 0; i < 100 && link->port->bytesToWrite() > 0; i++)
+    ssize_t n;
+    do
     {
-        link->port->waitForBytesWritten(10);
+        n = write(link->fd, data, (size_t)length);
+    } while (n < 0 && errno == EINTR);
+    if (n < 0)
+    {
+        return errno == EAGAIN || errno == EWOULDBLOCK ? 0 : -1;
     }
-    tcdrain((int)link->port->handle());
-    return accepted < 0 ? 0 : (int)accepted;
+    return (int)n;
+}
+
+int serial_output_pending(SerialLink *link)
+{
+    int queued = 0;
+    if (!link->is_open || ioctl(link->fd, TIOCOUTQ, &queued) != 0)
+    {
+        return 0;
+    }
+    return queued;
+}
+
+void serial_discard_output(SerialLink *link)
+{
+    if (link->is_open)
+    {
+        tcflush(link->fd, TCOFLUSH);
+    }
+}
+
+int serial_read_some(SerialLink *link, uint8_t *buffer, int size)
+{
+    if (!link->is_open || size < 1)
+    {
+        return 0;
+    }
+    ssize_t n;
+    do
+    {
+        n = read(link->fd, buffer, (size_t)size);
+    } while (n < 0 && errno == EINTR);
+    return n > 0 ? (int)n : 0;
+}
+
+static int serial_available(SerialLink *link)
+{
+    int available = 0;
+    return ioctl(link->fd, FIONREAD, &available) == 0 ? available : 0;
 }
 
 int serial_read(SerialLink *link, uint8_t *buffer, int count, int periods)
 {
-    if (!link->port || !link->port->isOpen() || periods < 1 || count < 1)
+    if (!link->is_open || periods < 1 || count < 1)
     {
         return 0;
     }
-    for (int i = 0; i <= periods; i++)
+    int64_t end = clock_monotonic_ms() + periods;
+    for (;;)
     {
-        if (link->port->bytesAvailable() >= count)
+        if (serial_available(link) >= count)
         {
-            qint64 n = link->port->read((char *)buffer, count);
-            return n < 0 ? 0 : (int)n;
+            return serial_read_some(link, buffer, count) == count ? count : 0;
         }
-        if (i < periods)
+        if (clock_monotonic_ms() >= end)
         {
-            link->port->waitForReadyRead(1);
+            return 0;
+        }
+        // Part of the count is there: poll would say so at once, so sleep.
+        if (serial_available(link) > 0)
+        {
+            poll(nullptr, 0, 1);
+        }
+        else
+        {
+            serial_wait_readable(link, 1);
         }
     }
-    return 0;
+}
+
+int serial_wait_readable(SerialLink *link, int ms)
+{
+    if (!link->is_open)
+    {
+        return 0;
+    }
+    struct pollfd p = {link->fd, POLLIN, 0};
+    return poll(&p, 1, ms) == 1 && (p.revents & POLLIN) ? 1 : 0;
+}
+
+void serial_watch(SerialLink *link, void (*on_readable)(void))
+{
+    delete serial_notifier;
+    serial_notifier = nullptr;
+    serial_watched = nullptr;
+    if (!on_readable || !link->is_open)
+    {
+        return;
+    }
+    serial_notifier = new QSocketNotifier(link->fd, QSocketNotifier::Read);
+    QObject::connect(serial_notifier, &QSocketNotifier::activated, [on_readable]() { on_readable(); });
+    serial_watched = link;
+}
+
+void serial_set_by_id_folder(const char *folder)
+{
+    snprintf(serial_by_id_folder, sizeof serial_by_id_folder, "%s", folder ? folder : "");
+}
+
+// The stable names of the adapters plugged in now: a name under by-id stays
+// the same whichever ttyUSB number the adapter gets today.
+static void serial_add_by_id(QStringList *names)
+{
+    QDir folder(QString::fromUtf8(serial_by_id_folder[0] ? serial_by_id_folder : "/dev/serial/by-id"));
+    const QFileInfoList entries = folder.entryInfoList(QDir::System | QDir::Files | QDir::NoDotAndDotDot, QDir::Name);
+    for (const QFileInfo &entry : entries)
+    {
+        names->append(entry.absoluteFilePath());
+    }
 }
 
 QStringList serial_port_names(const char *stored, int log_details)
@@ -154,6 +231,7 @@ QStringList serial_port_names(const char *stored, int log_details)
         }
         names << port.systemLocation();
     }
+    serial_add_by_id(&names);
     QString kept = QString::fromUtf8(stored ? stored : "");
     if (!kept.isEmpty() && !names.contains(kept))
     {

@@ -1,16 +1,19 @@
 // A serial port as the radio and the EasyComm links use it: settings held as
-// rows of the dialogs' lists, blocking reads that take a whole count or nothing.
+// rows of the dialogs' lists, and a line that never holds the cycle up. Reads
+// take what is there, writes hand the kernel what it accepts now; waiting for
+// a radio is the caller's business, across ticks.
 #pragma once
+
+#include "core/serial_port.h"
 
 #include <QStringList>
 #include <cstdint>
 
-class QSerialPort;
-
 struct SerialLink
 {
-    QSerialPort *port; // null while closed
-    char PortName[32];
+    int32_t is_open; // the fields below mean something only while set
+    int32_t fd;
+    char PortName[SERIAL_PORT_NAME_SIZE];
     int32_t Port;        // row of the dialog's port list
     int32_t BaudRate;    // row: 1200 2400 4800 9600 14400 19200 38400 57600
     int32_t DataBits;    // 0 seven bits, else eight
@@ -23,20 +26,38 @@ struct SerialLink
 // the port opens at 9600; rows outside the list are 9600 too.
 int serial_baud_rate(int row);
 
-// 0, or -1 when the port cannot be opened (the link is then closed).
+// 0, or -1 when the port cannot be opened (the link is then closed and
+// serial_failure says why, for the status bar).
 int serial_open(SerialLink *link);
+const char *serial_failure(void);
 void serial_close(SerialLink *link);
-// Drop whatever waits in either direction.
+// Drop what has come in and not been read.
 void serial_clear(SerialLink *link);
-// Bytes accepted; 0 on a closed port. The bytes have left the port when it
-// returns, so a radio that answers nothing has had them before the next
-// command clears the buffers.
+// Bytes the kernel took now, 0 to length, without waiting: a line held back
+// by flow control (a radio that is off, a cable without RTS/CTS) takes
+// nothing more once its buffer is full. 0 on a closed port, -1 on a failed one.
 int serial_write(SerialLink *link, const uint8_t *data, int length);
+// Bytes written but not yet on the wire.
+int serial_output_pending(SerialLink *link);
+// Throw away what has not left: a command that timed out must not reach the
+// radio late.
+void serial_discard_output(SerialLink *link);
+// What has come in, up to size bytes, without waiting.
+int serial_read_some(SerialLink *link, uint8_t *buffer, int size);
 // Exactly count bytes, or 0: waits up to periods of about 1 ms for the whole
 // count to be there. What came short of it stays buffered.
 int serial_read(SerialLink *link, uint8_t *buffer, int count, int periods);
+// 1 when bytes wait to be read within ms milliseconds, else 0.
+int serial_wait_readable(SerialLink *link, int ms);
+// Call back whenever the port has bytes to read, from the event loop (null
+// stops it). Only the GUI thread's loop turns it; code without one polls.
+void serial_watch(SerialLink *link, void (*on_readable)(void));
 
-// The ports a dialog offers: those the system has now, plus the stored one
-// when it is not among them (a USB adapter unplugged today keeps its place),
-// sorted. With log_details each system port's description goes to the debug log.
+// The ports a dialog offers: those the system has now with their stable
+// /dev/serial/by-id names, plus the stored one when it is not among them (a
+// USB adapter unplugged today keeps its place), sorted. With log_details each
+// system port's description goes to the debug log.
 QStringList serial_port_names(const char *stored, int log_details);
+// Where the stable names are looked for; tests name their own folder (null
+// or "" restores /dev/serial/by-id).
+void serial_set_by_id_folder(const char *folder);

@@ -24,7 +24,8 @@ TEST(BusWindow, NoPortStillOpensTheWindowWithTheFailureMessage)
     }
     {
         MainWindow window(0);
-        EXPECT_STREQ("Morvane communication failure", panel_last_status);
+        // The operator is told what to do about the port, not only that it failed.
+        EXPECT_STREQ("Morvane communication failure: No such port /dev/ttyUSB0", panel_last_status);
     }
 }
 

@@ -303,7 +303,7 @@ TEST_F(Settings, OverLongTextsAreCutToTheirFields)
         const char *section, *key;
         size_t kept;
     } rows[] = {{"HOME_DATA", "Callsign", 11},          {"HOME_DATA", "Grid", 8},
-                {"HOME_DATA", "Location", 63},          {"RIG_CONTROL", "PortName", 31},
+                {"HOME_DATA", "Location", 63},          {"RIG_CONTROL", "PortName", 72},
                 {"RIG_CONTROL", "OmniRigFilename", 31}, {"PSTROTATOR", "CmdPort", 9},
                 {"PSTROTATOR", "RspPort", 9},           {"PSTROTATOR", "Protocol", 11}};
     std::string text, long_text = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789abcdefghijklmnopqrstuvwxyz0123456789";

@@ -7,7 +7,6 @@
 #include "support/panel_record.h"
 #include "support/test_env.h"
 
-#include <QSerialPort>
 #include <cstring>
 #include <gtest/gtest.h>
 
@@ -53,7 +52,9 @@ TEST(EasyComm, SectionIsSavedAndReadBack)
 {
     test_reset_state();
     test_clear_settings();
-    text_copy(easycomm.link.PortName, sizeof easycomm.link.PortName, "/dev/ttyUSB1");
+    // A USB adapter's stable name, kept whole.
+    const char *name = "/dev/serial/by-id/usb-FTDI_FT232R_USB_UART_A50285BI-if00-port0";
+    text_copy(easycomm.link.PortName, sizeof easycomm.link.PortName, name);
     easycomm.link.Parity = 3;
     easycomm_save_settings("Morvane.ini", &easycomm);
     char path[1024];
@@ -61,8 +62,12 @@ TEST(EasyComm, SectionIsSavedAndReadBack)
     EXPECT_NE(test_read_file(path).find("[EASYCOMM]\nEasyCommActive=0\n"), std::string::npos);
     memset(&easycomm, 0, sizeof easycomm);
     easycomm_load_settings("Morvane.ini", &easycomm);
-    EXPECT_STREQ(easycomm.link.PortName, "/dev/ttyUSB1");
+    EXPECT_STREQ(easycomm.link.PortName, name);
     EXPECT_EQ(easycomm.link.Parity, 3);
+    // Not plugged in here: starting the link says so.
+    easycomm_start(&easycomm);
+    EXPECT_EQ(easycomm.active, 0);
+    EXPECT_EQ(std::string(panel_last_status), std::string("EasyComm: No such port ") + name);
 }
 
 // The link on one end of a socat pair; the test plays the controller on the
@@ -95,7 +100,7 @@ class EasyCommLine : public ::testing::Test
     void say(const std::string &text)
     {
         pty.send(text);
-        easycomm.link.port->waitForReadyRead(2000);
+        serial_wait_readable(&easycomm.link, 2000);
         easycomm_cycle_step();
     }
     PtyPair pty;
@@ -139,7 +144,7 @@ TEST_F(EasyCommLine, StopAzimuthHoldsItUntilTheNextAzimuthWithANumber)
 TEST_F(EasyCommLine, OneWordPerPollAndALongWordIsCut)
 {
     pty.send("AZ120 EL45\nAZ" + std::string(28, '9') + "1 ");
-    easycomm.link.port->waitForReadyRead(2000);
+    serial_wait_readable(&easycomm.link, 2000);
     EXPECT_EQ(easycomm_poll(&easycomm), EASYCOMM_AZ);
     EXPECT_EQ(row24.el_tracking_enable, 0);
     EXPECT_EQ(easycomm_poll(&easycomm), EASYCOMM_EL);

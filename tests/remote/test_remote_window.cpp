@@ -21,7 +21,6 @@
 
 #include <QApplication>
 #include <QDialog>
-#include <QSerialPort>
 #include <QTimer>
 #include <cstring>
 #include <gtest/gtest.h>
@@ -141,7 +140,7 @@ TEST_F(RemoteWindow, EasyCommLineIsServedByTheCycle)
         w.timer->stop();
         EXPECT_STREQ(panel_last_status, "EasyComm is active");
         pty.send("AZ ");
-        easycomm.link.port->waitForReadyRead(2000);
+        serial_wait_readable(&easycomm.link, 2000);
         // The first tick runs every group, the EasyComm group among them;
         // the answer is the antenna's position as that tick's read left it.
         w.TimerEvent();

@@ -1,5 +1,7 @@
 #include "rig/doppler.h"
 
+#include "core/clock.h"
+
 #include "rig_sim_fixture.h"
 #include "rig_test_files.h"
 #include "support/panel_record.h"
@@ -11,8 +13,8 @@ TEST(DopplerArithmetic, HalvesGoAwayFromZeroAndTheCorrectionFollowsTheMode)
     struct Row
     {
         double hz;
-        int32_t want;
-    } rows[] = {{12.5, 13}, {-12.5, -13}, {12.49, 12}, {-12.49, -12}, {0.5, 1}, {-0.5, -1}, {0.0, 0}, {-1234.6, -1235}};
+        int64_t want;
+    } rows[] = {{10368100000.5, 10368100001LL}, {12.5, 13}, {-12.5, -13}, {12.49, 12}, {-12.49, -12}, {0.5, 1}, {-0.5, -1}, {0.0, 0}, {-1234.6, -1235}};
     for (const Row &row : rows)
     {
         EXPECT_EQ(doppler_round(row.hz), row.want) << row.hz;
@@ -118,6 +120,7 @@ TEST_F(DopplerRig, SignsInBothModes)
 {
     rig_poll_status();
     doppler_follow(1, 1000.5);
+    rig_run_until_idle();
     EXPECT_EQ(rigsim_vfo(&sim, 1), 1295998999); // Tx below Rx
     EXPECT_EQ(rx_frequency_hz, 1296000000.0);
     EXPECT_EQ(tx_frequency_hz, 1295998999.0);
@@ -125,8 +128,10 @@ TEST_F(DopplerRig, SignsInBothModes)
     rigsim_command(&sim, "freq b 432000000");
     rig_poll_status();
     doppler_follow(2, -12.5);
+    rig_run_until_idle();
     EXPECT_EQ(rigsim_vfo(&sim, 0), 431999987); // a negative figure puts Rx below Tx
     doppler_follow(2, 12.5);
+    rig_run_until_idle();
     EXPECT_EQ(rigsim_vfo(&sim, 0), 432000013); // a positive one above
     EXPECT_EQ(rx_frequency_hz, 432000013.0);
     EXPECT_EQ(tx_frequency_hz, 432000000.0);
@@ -138,6 +143,7 @@ TEST_F(DopplerRig, NoReadingWritesNothingAndModeZeroOnlyReads)
     doppler_follow(1, 100.0);
     doppler_follow(2, 100.0);
     doppler_follow(0, 100.0);
+    rig_run_until_idle();
     EXPECT_EQ(rigsim_vfo(&sim, 1), 5);
     EXPECT_EQ(rigsim_vfo(&sim, 0), 1296000000);
     EXPECT_EQ(tx_frequency_hz, 1.0);
@@ -150,7 +156,15 @@ TEST_F(DopplerRig, NoReadingWritesNothingAndModeZeroOnlyReads)
     EXPECT_EQ(rigsim_vfo(&sim, 1), 1296000700);
 }
 
-TEST_F(DopplerRig, GroupFollowsTheTurningDial)
+// One pass of the group: the walk it starts, run out as later ticks and the
+// port's signals would.
+static void group_pass(void)
+{
+    doppler_frequency_group();
+    rig_run_until_idle();
+}
+
+TEST_F(DopplerRig, GroupFollowsTheTurningDialUpToTheTenGigahertzBand)
 {
     // The operator tunes VFO A; with Doppler off VFO B follows it exactly.
     settings.OmniRigActive = 1;
@@ -158,14 +172,46 @@ TEST_F(DopplerRig, GroupFollowsTheTurningDial)
     doppler_mode = 0;
     source_table[SOURCE_MOON].doppler_hz = 700.0;
     rigsim_command(&sim, "turn a 450");
-    doppler_frequency_group();
+    group_pass();
+    group_pass();
     EXPECT_EQ(rigsim_vfo(&sim, 1), 1296000450);
     EXPECT_STREQ(panel_last_text[PANEL_RX_FREQUENCY], "  1296.00045");
 
     doppler_mode = 1;
-    doppler_frequency_group();
+    group_pass();
     EXPECT_EQ(rigsim_vfo(&sim, 1), 1296000450 - 700);
     EXPECT_STREQ(panel_last_text[PANEL_TX_FREQUENCY], "  1295.99975");
+
+    // Five bytes of BCD hold up to 9999.999999 MHz: the 5.7 GHz band.
+    rigsim_command(&sim, "freq a 5760100000");
+    group_pass();
+    group_pass();
+    EXPECT_EQ(rigsim_vfo(&sim, 1), 5760100000LL - 700);
+    EXPECT_STREQ(panel_last_text[PANEL_RX_FREQUENCY], "  5760.10000");
+}
+
+// A radio that is switched off: the group never waits for it, and after
+// three unanswered commands rig control goes off and says where.
+TEST_F(DopplerRig, SilentRadioNeverHoldsTheGroupAndSwitchesRigControlOff)
+{
+    settings.OmniRigActive = 1;
+    vfo_doppler_mode = 1;
+    rigsim_command(&sim, "silent 1");
+    doppler_frequency_group();
+    EXPECT_TRUE(rig_busy());
+    EXPECT_EQ(rig_engine.last_outcome, RIG_OUTCOME_REPLY); // the init's, from SetUp
+    int64_t t = clock_monotonic_ms();
+    for (int n = 1; n <= RIG_SILENT_LIMIT; n++)
+    {
+        rig_service(t + n * RIG_BUDGET_MS);
+    }
+    EXPECT_EQ(settings.OmniRigActive, 1);
+    doppler_frequency_group();
+    EXPECT_EQ(settings.OmniRigActive, 0);
+    EXPECT_EQ(rig_link.is_open, 0);
+    EXPECT_EQ(rig_busy(), 0);
+    EXPECT_EQ(panel_last_style[PANEL_OMNIRIG], STYLE_DARKRED);
+    EXPECT_EQ(std::string(panel_last_status), std::string("Radio not answering on ") + sim.path);
 }
 
 TEST_F(DopplerRig, OmniRigButtonSwitchesRigControl)
@@ -182,12 +228,29 @@ TEST_F(DopplerRig, OmniRigButtonSwitchesRigControl)
     doppler_omnirig_pressed();
     EXPECT_EQ(settings.OmniRigActive, 1);
     EXPECT_STREQ(panel_last_status, "OmniRig is active");
+    rig_run_until_idle();
     std::vector<std::string> frames = rigsim_frames(&sim);
     ASSERT_GT(frames.size(), frames_before);
     EXPECT_EQ(frames[frames_before], "> FE FE A2 E0 1A 05 01 27 00 FD"); // the file's INIT1
 
     doppler_omnirig_pressed();
     EXPECT_EQ(settings.OmniRigActive, 0);
-    EXPECT_EQ(rig_link.port, nullptr);
+    EXPECT_EQ(rig_link.is_open, 0);
     EXPECT_EQ(panel_last_style[PANEL_OMNIRIG], STYLE_GRAY);
+
+    // A file that reads only pmFreq says at once that Doppler cannot follow.
+    rig_test_write("Only pmFreq.ini", "[STATUS1]\nCommand=FEFEA2E0.03.FD\nReplyLength=17\n"
+                                      "Value1=11|5|vfBcdLU|1|0|pmFreq\n");
+    rig_files_set_folder(test_home());
+    text_copy(settings.OmniRigFilename, sizeof settings.OmniRigFilename, "Only pmFreq.ini");
+    doppler_omnirig_pressed();
+    EXPECT_STREQ(panel_last_status,
+                 "OmniRig is active, but reads only pmFreq: Doppler tuning needs pmFreqA and pmFreqB");
+    rig_control_off();
+
+    // A port that is not there says so.
+    text_copy(settings.PortName, sizeof settings.PortName, "/dev/ttyMorvaneNone");
+    doppler_omnirig_pressed();
+    EXPECT_STREQ(panel_last_status, "OmniRig is inactive: No such port /dev/ttyMorvaneNone");
+    rig_files_set_folder(nullptr);
 }

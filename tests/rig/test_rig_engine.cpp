@@ -4,7 +4,7 @@
 #include "rig_sim_fixture.h"
 #include "rig_test_files.h"
 
-#include <QElapsedTimer>
+#include <poll.h>
 #include <string>
 
 static RigValue value(int start, int length, int format, int param)
@@ -80,26 +80,47 @@ TEST(RigEncode, FrequencyIntoTheCode)
     EXPECT_EQ(std::string((const char *)text.code, 14), "FA01234000123;");
     text.values[0].format = vfBcdBU;
     EXPECT_EQ(rig_encode_frequency(&text, 1), -1);
+
+    // The 10 GHz band, past what 32 bits hold, in eleven digits and in six BCD bytes.
+    text.values[0] = value(2, 11, vfText, pmFreq);
+    EXPECT_EQ(rig_encode_frequency(&text, 10368100000LL), 0);
+    EXPECT_EQ(std::string((const char *)text.code, 14), "FA10368100000;");
+    bcd.values[0] = value(6, 6, vfBcdLU, pmFreq);
+    EXPECT_EQ(rig_encode_frequency(&bcd, 10368100000LL), 0);
+    EXPECT_EQ(std::vector<uint8_t>(bcd.code + 6, bcd.code + 12),
+              (std::vector<uint8_t>{0x00, 0x00, 0x10, 0x68, 0x03, 0x01}));
+    // A place beyond the command's bytes is never written, nor sent.
+    bcd.values[0] = value(10, 100, vfBcdLU, pmFreq);
+    EXPECT_EQ(rig_encode_frequency(&bcd, 1), 1);
+    bcd.values[0] = value(2147483647, 5, vfBcdLU, pmFreq);
+    EXPECT_EQ(rig_encode_frequency(&bcd, 1), 1);
 }
 
-TEST(RigGetters, TextToHertz)
+TEST(RigGetters, DecimalTextsToHertzAndNonBcdRepliesRefused)
 {
     test_reset_state();
-    int32_t hz = 5;
+    int64_t hz = 5;
     EXPECT_EQ(rig_get_freq_a(&hz), 1);
     EXPECT_EQ(hz, 5);
     snprintf(rig_param_text[pmFreqA], RIG_TEXT_SIZE, "00144000000");
     EXPECT_EQ(rig_get_freq_a(&hz), 0);
     EXPECT_EQ(hz, 144000000);
-    // Bytes that are not decimal BCD give a text that starts with a letter.
+    snprintf(rig_param_text[pmFreqA], RIG_TEXT_SIZE, "10368100000");
+    EXPECT_EQ(rig_get_freq_a(&hz), 0);
+    EXPECT_EQ(hz, 10368100000LL);
+    // A byte that is not two decimal digits refuses the whole reply: the
+    // last good reading stays, and no 4294 MHz is made of it.
     RigCommand record = {};
     record.is_hex = 1;
     record.values[0] = value(0, 5, vfBcdLU, pmFreqB);
+    snprintf(rig_param_text[pmFreqB], RIG_TEXT_SIZE, "1296000000");
     const uint8_t reply[5] = {0x00, 0x00, 0x00, 0x96, 0xA2};
-    rig_decode_reply(&record, reply, 5, nullptr);
-    EXPECT_STREQ(rig_param_text[pmFreqB], "A296000000");
-    EXPECT_EQ(rig_get_freq_b(&hz), 0);
-    EXPECT_EQ(hz, 0);
+    EXPECT_EQ(rig_decode_reply(&record, reply, 5, nullptr), 1);
+    EXPECT_STREQ(rig_param_text[pmFreqB], "1296000000");
+    snprintf(rig_param_text[pmFreqB], RIG_TEXT_SIZE, "A296000000");
+    EXPECT_EQ(rig_get_freq_b(&hz), 1);
+    // A start near the largest int must not wrap past the bounds check.
+    EXPECT_EQ(text_of(value(2147483647, 5, vfText, pmFreqA), {'F', 'A', '1'}), "");
 }
 
 class RigEngineCiv : public RigSimTest
@@ -131,19 +152,68 @@ TEST_F(RigEngineCiv, ReplyOneByteShortOrGarbledIsNotTaken)
     EXPECT_STREQ(rig_param_text[pmFreqB], "7");
 }
 
-TEST_F(RigEngineCiv, SilentRadioKeepsTheLastReading)
+// The walk on the clock: a silent radio is waited for only across calls,
+// each command for its budget, and after three in a row the radio is gone.
+TEST_F(RigEngineCiv, SilentRadioIsWaitedForAcrossCallsAndGivenUpAfterThreeCommands)
 {
     rig_poll_status();
+    int64_t a = 0;
+    ASSERT_EQ(rig_get_freq_a(&a), 0);
     rigsim_command(&sim, "silent 1");
     rigsim_command(&sim, "freq a 1");
-    QElapsedTimer timer;
-    timer.start();
-    uint8_t reply[RIG_REPLY_SIZE];
-    rig_issue_command(&rig_status[1], reply);
-    EXPECT_GE(timer.elapsed(), 1500); // the engine waited its periods out
-    int32_t a = 0;
+    int64_t t = 1000000;
+    rig_start_status();
+    rig_service(t);
+    const RigCommand *first = rig_engine.record;
+    ASSERT_NE(first, nullptr);
+    rig_service(t + RIG_BUDGET_MS - 1);
+    EXPECT_EQ(rig_engine.record, first); // still its reply's turn
+    EXPECT_EQ(rig_engine.silent_run, 0);
+    for (int n = 1; n <= RIG_SILENT_LIMIT; n++)
+    {
+        t += RIG_BUDGET_MS;
+        EXPECT_EQ(rig_not_answering(), 0);
+        rig_service(t);
+        EXPECT_EQ(rig_engine.last_outcome, RIG_OUTCOME_NO_REPLY);
+        EXPECT_EQ(rig_engine.silent_run, n);
+    }
+    EXPECT_EQ(rig_not_answering(), 1);
+    ASSERT_EQ(rig_get_freq_a(&a), 0);
+    EXPECT_EQ(a, 1296000000); // the last reading stays
+    // An answer ends the run: the radio is back.
+    rigsim_command(&sim, "silent 0");
+    rig_start_init();
+    rig_run_until_idle();
+    rig_poll_status();
+    EXPECT_EQ(rig_engine.silent_run, 0);
     EXPECT_EQ(rig_get_freq_a(&a), 0);
-    EXPECT_EQ(a, 1296000000);
+    EXPECT_EQ(a, 1);
+}
+
+// A line that takes nothing more (a radio that is off behind hardware flow
+// control) ends a write within its budget as that command's failure.
+TEST_F(RigEngineCiv, WriteThatCannotLeaveTimesOut)
+{
+    rigsim_command(&sim, "off 1");
+    // Fill the line until it takes nothing more, also once the kernel has
+    // moved what it could into the far end's buffer.
+    uint8_t junk[4096] = {};
+    for (int settled = 0, i = 0; settled < 2 && i < 1000; i++)
+    {
+        settled = serial_write(&rig_link, junk, sizeof junk) > 0 ? 0 : settled + 1;
+        if (settled)
+        {
+            poll(nullptr, 0, 20);
+        }
+    }
+    ASSERT_EQ(rig_set_freq_b(1296000000), 0);
+    int64_t t = 5000;
+    rig_service(t);
+    EXPECT_EQ(rig_engine.record, &rig_write[pmFreqB]);
+    rig_service(t + RIG_BUDGET_MS);
+    EXPECT_EQ(rig_engine.last_outcome, RIG_OUTCOME_WRITE_TIMEOUT);
+    EXPECT_EQ(rig_engine.silent_run, 1);
+    EXPECT_EQ(rig_busy(), 0);
 }
 
 class RigEngineCat : public RigSimTest
@@ -162,7 +232,7 @@ TEST_F(RigEngineCat, TerminatedRepliesAndWritesWithoutReply)
 {
     rig_send_init();
     rig_poll_status();
-    int32_t b = 0;
+    int64_t b = 0;
     ASSERT_EQ(rig_get_freq_b(&b), 0);
     EXPECT_EQ(b, 144100200);
     EXPECT_EQ(rig_flag_state[pmRx], 1);
@@ -170,6 +240,7 @@ TEST_F(RigEngineCat, TerminatedRepliesAndWritesWithoutReply)
     // A write awaits nothing; it must still have reached the radio before the
     // next command clears the line.
     EXPECT_EQ(rig_set_freq_b(144099000), 0);
+    rig_run_until_idle();
     uint8_t reply[RIG_REPLY_SIZE];
     rig_issue_command(&rig_status[2], reply);
     EXPECT_STREQ(rig_param_text[pmFreqB], "00144099000");
@@ -221,7 +292,7 @@ TEST_F(RigSimTest, PublishedFilesDriveTheSimulator)
     {
         const char *file;
         int protocol, read_vfo;
-        int32_t hz;
+        int64_t hz;
     };
     const Row rows[] = {{"IC-9700.ini", RIGSIM_CIV, 0, 1296050000}, {"TS-2000.ini", RIGSIM_CAT, 1, 50200000}};
     for (const Row &row : rows)
@@ -231,10 +302,11 @@ TEST_F(RigSimTest, PublishedFilesDriveTheSimulator)
         rigsim_command(&sim, row.read_vfo ? "freq b 50200000" : "freq a 1296050000");
         rig_send_init();
         rig_poll_status();
-        int32_t hz = 0;
+        int64_t hz = 0;
         EXPECT_EQ(row.read_vfo ? rig_get_freq_b(&hz) : rig_get_freq_a(&hz), 0) << row.file;
         EXPECT_EQ(hz, row.hz) << row.file;
         EXPECT_EQ(row.read_vfo ? rig_set_freq_a(row.hz + 1000) : rig_set_freq_b(row.hz + 1000), 0);
+        rig_run_until_idle();
         // A write awaits no reply; the next command makes sure it left the port.
         rig_poll_status();
         EXPECT_EQ(rigsim_vfo(&sim, 1 - row.read_vfo), row.hz + 1000) << row.file;

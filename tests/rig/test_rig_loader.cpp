@@ -1,13 +1,26 @@
 #include "rig/rig_loader.h"
 
+#include "rig/rig_engine.h"
+
 #include "rig_test_files.h"
 #include "support/test_env.h"
 
 #include <QByteArray>
 #include <QDir>
+#include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <string>
+
+// The loader's warnings, caught for the cases that look at them.
+static std::string rig_warnings;
+static void rig_catch_warning(QtMsgType type, const QMessageLogContext &, const QString &text)
+{
+    if (type == QtWarningMsg)
+    {
+        rig_warnings += text.toStdString() + "\n";
+    }
+}
 
 class RigLoader : public ::testing::Test
 {
@@ -80,6 +93,36 @@ TEST_F(RigLoader, ValueParts)
     EXPECT_EQ(rig_status[1].values[3].length, 0);
 }
 
+// A hostile file: places that wrap a 32-bit sum, lie past the reply or past
+// the command. Each is passed over at load with a line that names where it
+// stands, and the engine neither reads nor writes outside its buffers.
+TEST_F(RigLoader, ValuesOutsideReplyOrCommandArePassedOverWithALogLine)
+{
+    rig_warnings.clear();
+    QtMessageHandler previous = qInstallMessageHandler(rig_catch_warning);
+    load("[STATUS]\nCommand=FEFE03FD\nReplyLength=17\n"
+         "Value=11|5|vfBcdLU|1|0|pmFreqA\n"
+         "Value1=2147483647|5|vfText|1|0|pmFreqA\n"
+         "Value2=13|5|vfBcdLU|1|0|pmFreqB\n"
+         "Value3=-1|5|vfBcdLU|1|0|pmFreqB\n"
+         "Value4=0|99999999999|vfText|1|0|pmFreqB\n"
+         "[pmFreqA]\nCommand=(FA...........;)\nValue=2|100|vfText|1|0\n"
+         "[pmFreqB]\nCommand=(FB...........;)\nValue=2|11|vfText|1|0\n");
+    qInstallMessageHandler(previous);
+    const RigValue *v = rig_status[0].values;
+    EXPECT_EQ(v[0].length, 5);
+    EXPECT_EQ(v[1].length + v[2].length + v[3].length + v[4].length, 0);
+    EXPECT_EQ(rig_write[pmFreqA].values[0].length, 0);
+    EXPECT_EQ(rig_write[pmFreqB].values[0].length, 11);
+    EXPECT_NE(rig_warnings.find("Rig file test.ini [STATUS] Value1: start 2147483647 and length 5 lie outside the "
+                                "reply; the value is passed over"),
+              std::string::npos)
+        << rig_warnings;
+    EXPECT_NE(rig_warnings.find("[pmFreqA] Value: start 2 and length 100 lie outside the command"), std::string::npos);
+    EXPECT_EQ(std::count(rig_warnings.begin(), rig_warnings.end(), '\n'), 5);
+    EXPECT_EQ(rig_set_freq_a(1296000000), 1);
+}
+
 TEST_F(RigLoader, FlagForms)
 {
     load("[STATUS]\nCommand=FEFE\n"
@@ -150,6 +193,8 @@ TEST_F(RigLoaderRealFiles, EveryFileLoadsUtf16Included)
     QDir dir(QString::fromStdString(folder), "*.ini");
     ASSERT_GE(dir.entryList().size(), 10);
     rig_files_set_folder(folder.c_str());
+    rig_warnings.clear();
+    QtMessageHandler previous = qInstallMessageHandler(rig_catch_warning);
     for (const QString &name : dir.entryList())
     {
         LoadOmniRigFile(name.toUtf8().constData(), 1);
@@ -160,6 +205,9 @@ TEST_F(RigLoaderRealFiles, EveryFileLoadsUtf16Included)
         }
         EXPECT_GT(records, 0) << name.toStdString();
     }
+    qInstallMessageHandler(previous);
+    // The checks of a hostile file find nothing to refuse in the published ones.
+    EXPECT_EQ(rig_warnings, "");
     rig_files_set_folder(nullptr);
     rig_load_path((folder + "/IC-9100.ini").c_str(), 0);
     EXPECT_GT(rig_write[pmFreq].code_length, 0);

@@ -4,7 +4,15 @@
 #include "rigsim/rigsim_civ.h"
 #include "rigsim/rigsim_radio.h"
 
+#include "rigsim/rigsim_pty.h"
+
+#include <QElapsedTimer>
+#include <fcntl.h>
+#include <QProcess>
+#include <QThread>
+#include <cstdlib>
 #include <gtest/gtest.h>
+#include <unistd.h>
 #include <string>
 #include <vector>
 
@@ -93,4 +101,57 @@ TEST(RigsimRadio, DialAndStatus)
     rigsim_control(&radio, "silent 1", reply, sizeof reply);
     rigsim_control(&radio, "status", reply, sizeof reply);
     EXPECT_EQ(std::string(reply).rfind("OK A=144000007 B=144000000 SEL=a SILENT=1", 0), 0u) << reply;
+}
+
+// Control lines written together are all served at once, not the last one
+// held back until more input comes.
+TEST(RigsimProgram, ControlLinesWrittenTogetherAreAllApplied)
+{
+    const char *bin = getenv("MORVANE_BIN");
+    ASSERT_NE(bin, nullptr);
+    QProcess sim;
+    sim.start(QString::fromUtf8(bin) + "/morvane-rigsim", {});
+    ASSERT_TRUE(sim.waitForStarted(5000));
+    ASSERT_TRUE(sim.waitForReadyRead(5000)); // its PTY line
+    sim.write("freq a 5760100000\nstatus\n");
+    QByteArray out;
+    QElapsedTimer deadline;
+    deadline.start();
+    while (out.indexOf("A=5760100000") < 0 && deadline.elapsed() < 5000)
+    {
+        sim.waitForReadyRead(100);
+        out += sim.readAllStandardOutput();
+    }
+    EXPECT_GE(out.indexOf("OK A=5760100000"), 0) << out.toStdString();
+    sim.write("quit\n");
+    EXPECT_TRUE(sim.waitForFinished(5000));
+}
+
+// A simulator left running keeps only the newest frames.
+TEST(RigsimProgram, FrameRecordIsBounded)
+{
+    RigsimPty sim;
+    ASSERT_EQ(rigsim_start(&sim, RIGSIM_CAT), 0);
+    int line = open(sim.path, O_RDWR | O_NOCTTY);
+    ASSERT_GE(line, 0);
+    std::string commands;
+    for (int i = 0; i < RIGSIM_FRAME_RECORD; i++)
+    {
+        commands += "ID;";
+    }
+    ASSERT_EQ(write(line, commands.data(), commands.size()), (ssize_t)commands.size());
+    char reply[4096];
+    QElapsedTimer deadline;
+    deadline.start();
+    while (rigsim_command(&sim, "status").find("IN=1024 ") == std::string::npos && deadline.elapsed() < 10000)
+    {
+        ssize_t n = read(line, reply, sizeof reply);
+        (void)n;
+    }
+    std::vector<std::string> frames = rigsim_frames(&sim);
+    EXPECT_LE(frames.size(), (size_t)RIGSIM_FRAME_RECORD);
+    EXPECT_EQ(sim.frames_recorded, 2 * RIGSIM_FRAME_RECORD);
+    EXPECT_EQ(frames.back(), "< ID019;");
+    close(line);
+    rigsim_stop(&sim);
 }

@@ -27,7 +27,12 @@ static void rigsim_log_frame(RigsimPty *sim, char direction, const uint8_t *byte
         snprintf(part, sizeof part, i ? " %02X" : "%02X", bytes[i]);
         line += part;
     }
+    if (sim->frames.size() >= RIGSIM_FRAME_RECORD)
+    {
+        sim->frames.erase(sim->frames.begin(), sim->frames.begin() + RIGSIM_FRAME_RECORD / 2);
+    }
     sim->frames.push_back(line);
+    sim->frames_recorded++;
     if (sim->log)
     {
         fprintf(sim->log, "%s\n", line.c_str());
@@ -107,17 +112,27 @@ static void rigsim_loop(RigsimPty *sim)
         struct pollfd p = {sim->master, POLLIN, 0};
         int ready = poll(&p, 1, 5);
         int64_t now = clock_monotonic_ms();
+        uint8_t bytes[256];
+        ssize_t n = 0;
+        int off;
         {
             std::lock_guard<std::mutex> guard(sim->lock);
+            off = sim->radio.off;
             rigsim_advance(&sim->radio, (int)(now - last));
+            // A radio that is off takes nothing from the line: what is sent
+            // piles up as it does behind a cable whose CTS stays low. Checked
+            // and read under the lock, so that once "off" is answered not
+            // another byte is taken.
+            if (ready > 0 && (p.revents & POLLIN) && !off)
+            {
+                n = read(sim->master, bytes, sizeof bytes);
+            }
         }
         last = now;
-        if (ready <= 0 || !(p.revents & POLLIN))
+        if (off)
         {
-            continue;
+            poll(nullptr, 0, 5); // the bytes wait; do not spin on them
         }
-        uint8_t bytes[256];
-        ssize_t n = read(sim->master, bytes, sizeof bytes);
         for (ssize_t i = 0; i < n; i++)
         {
             rigsim_take(sim, bytes[i], &civ, &cat);

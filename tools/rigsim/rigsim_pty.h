@@ -12,6 +12,12 @@
 #include <thread>
 #include <vector>
 
+enum
+{
+    // A simulator left running for days must not grow: the record keeps the newest lines.
+    RIGSIM_FRAME_RECORD = 1024
+};
+
 struct RigsimPty
 {
     RigsimRadio radio = {}; // guarded by lock
@@ -22,7 +28,8 @@ struct RigsimPty
     std::mutex lock;
     std::thread thread;
     std::atomic<int> stop;
-    std::vector<std::string> frames; // "> " received, "< " sent; guarded by lock
+    std::vector<std::string> frames; // "> " received, "< " sent, the newest RIGSIM_FRAME_RECORD; guarded by lock
+    int64_t frames_recorded = 0;     // every frame line ever recorded, the dropped ones too
     FILE *log = nullptr;             // a copy of each frame line, when set
 };
 

@@ -74,6 +74,10 @@ int rigsim_control(RigsimRadio *radio, const char *line, char *reply, int size)
     {
         radio->silent = atoi(first) != 0;
     }
+    else if (n == 2 && strcmp(verb, "off") == 0)
+    {
+        radio->off = atoi(first) != 0;
+    }
     else if (n == 2 && strcmp(verb, "echo") == 0)
     {
         radio->echo = atoi(first) != 0;

@@ -22,6 +22,7 @@ struct RigsimRadio
     int transmit;
     // Faults, for tests of the engine's patience.
     int silent;      // nothing comes back, not even the echo
+    int off;         // nothing is even read from the line
     int echo;        // a one-wire CI-V bus hears its own bytes
     int garble;      // replies still to be garbled
     int cut;         // bytes to drop from the end of the next reply
@@ -38,6 +39,7 @@ void rigsim_advance(RigsimRadio *radio, int elapsed_ms);
 //   freq a|b HZ     set a VFO        turn a|b HZ   step a VFO by HZ
 //   rate a|b HZ/S   turn the dial    select a|b    pick the VFO in use
 //   silent 0|1      echo 0|1         garble N      the next N replies garbled
+//   off 0|1         the radio reads nothing: the line fills up
 //   cut N           the next reply N bytes short
 //   noise N         the next reply N bytes of noise with no end
 //   status          "OK A=... B=... SEL=a SILENT=0 IN=... OUT=..."
