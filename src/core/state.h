@@ -112,6 +112,7 @@ struct SystemSettings
     int32_t GpredictActive; // GPREDICT Active
     int32_t GpredictDebug;  // GPREDICT Debug
     int32_t GpredictPort;   // GPREDICT Port
+    int32_t HamlibCompatible; // GPREDICT HamlibCompatible: rotctl speaks to every Hamlib client
     int32_t PstActive;      // PSTROTATOR Active
     int32_t PstDebug;       // PSTROTATOR Debug
     char CmdPort[10];

@@ -7,6 +7,7 @@
 #include "core/settings.h"
 #include "core/state.h"
 
+#include <QSerialPort>
 #include <QtGlobal>
 #include <cstdio>
 #include <cstdlib>
@@ -51,13 +52,25 @@ void easycomm_stop(EasyCommRecord *e)
     e->active = 0;
 }
 
+// A client that reads its answers up to a line feed (Hamlib's EasyComm
+// backend does) ends its queries with one; the answer then ends with one too.
+// Any other client gets the bytes of the protocol unchanged. This is the
+// station's own rule.
 void easycomm_send_reply(EasyCommRecord *e)
 {
+    char bytes[EASYCOMM_WORD_SIZE + 1];
     int n = (int)strnlen(e->reply, sizeof e->reply);
-    if (n > 0)
+    if (n < 1)
     {
-        serial_write(&e->link, (const uint8_t *)e->reply, n);
+        return;
     }
+    memcpy(bytes, e->reply, (size_t)n);
+    if (e->line_end)
+    {
+        bytes[n++] = '\n';
+    }
+    e->answered = !e->line_end;
+    serial_write(&e->link, (const uint8_t *)bytes, n);
 }
 
 int easycomm_parse(EasyCommRecord *e, const char *word)
@@ -117,42 +130,110 @@ static int easycomm_is_terminator(uint8_t byte)
     return byte == '\n' || byte == '\r' || byte == ' ';
 }
 
+// The line feed that ends a line of queries whose words ended in blanks
+// ("AZ EL \n"): it ends their answers too.
+static void easycomm_line_end(EasyCommRecord *e, uint8_t byte)
+{
+    if (byte == '\n' && e->answered)
+    {
+        e->answered = 0;
+        serial_write(&e->link, (const uint8_t *)"\n", 1);
+    }
+}
+
+// A chattering line must neither grow the program nor make every real word
+// late: beyond the backlog bound only the newest bytes stay, from the first
+// word that begins among them.
+static void easycomm_drop_backlog(EasyCommRecord *e)
+{
+    QSerialPort *port = e->link.port;
+    qint64 waiting = port ? port->bytesAvailable() : 0;
+    if (waiting <= EASYCOMM_BACKLOG)
+    {
+        return;
+    }
+    qint64 dropped = port->skip(waiting - EASYCOMM_BACKLOG / 4);
+    char byte = 0;
+    while (port->bytesAvailable() > 0 && port->getChar(&byte) && !easycomm_is_terminator((uint8_t)byte))
+    {
+        dropped++;
+    }
+    qDebug("[EasyComm] line sends faster than words are served: %lld bytes of backlog dropped", (long long)dropped);
+}
+
+// Wait for a byte, up to the silent budget: 0 when one is there, -1 not.
+static int easycomm_wait_byte(EasyCommRecord *e)
+{
+    QSerialPort *port = e->link.port;
+    for (int silent = 0; port && port->isOpen() && silent < EASYCOMM_SILENT_READS; silent++)
+    {
+        if (port->bytesAvailable() > 0)
+        {
+            return 0;
+        }
+        port->waitForReadyRead(1);
+    }
+    return -1;
+}
+
+// The next byte, taken or only looked at: 0, or -1 when none came.
+static int easycomm_next_byte(EasyCommRecord *e, uint8_t *byte, int peek)
+{
+    if (easycomm_wait_byte(e) != 0)
+    {
+        return -1;
+    }
+    qint64 n = peek ? e->link.port->peek((char *)byte, 1) : e->link.port->read((char *)byte, 1);
+    return n == 1 ? 0 : -1;
+}
+
 // Read one word into command: 0 when a terminator ended it, -1 when none
-// came, it was empty, or it stopped unfinished (too long, or the line fell
-// silent). An unfinished word stays in command; what follows it on the line
-// begins the next word.
+// came, it was empty, or it stopped unfinished (30 characters without a
+// terminator, or the line fell silent). An unfinished word stays in command;
+// what follows it on the line begins the next word.
 static int easycomm_read_word(EasyCommRecord *e)
 {
     uint8_t byte;
-    if (serial_read(&e->link, &byte, 1, 1) != 1 || easycomm_is_terminator(byte))
+    e->line_end = 0;
+    if (serial_read(&e->link, &byte, 1, 1) != 1)
     {
+        return -1;
+    }
+    if (easycomm_is_terminator(byte))
+    {
+        easycomm_line_end(e, byte);
         return -1;
     }
     int length = 0;
     e->command[length++] = (char)byte;
-    int silent = 0;
-    while (length < EASYCOMM_WORD_SIZE - 1 && silent < EASYCOMM_SILENT_READS)
+    while (length < EASYCOMM_WORD_SIZE - 1 && easycomm_next_byte(e, &byte, 0) == 0 && !easycomm_is_terminator(byte))
     {
-        if (serial_read(&e->link, &byte, 1, 1) != 1)
-        {
-            silent++;
-            continue;
-        }
-        if (easycomm_is_terminator(byte))
-        {
-            e->command[length] = 0;
-            return 0;
-        }
         e->command[length++] = (char)byte;
     }
     e->command[length] = 0;
-    return -1;
+    if (length == EASYCOMM_WORD_SIZE - 1)
+    {
+        // 29 characters fill the word: it is whole only when its terminator
+        // comes next, and anything else is left to begin the next word.
+        if (easycomm_next_byte(e, &byte, 1) != 0 || !easycomm_is_terminator(byte))
+        {
+            return -1;
+        }
+        e->link.port->getChar(nullptr);
+    }
+    else if (!easycomm_is_terminator(byte))
+    {
+        return -1;
+    }
+    e->line_end = byte == '\n';
+    return 0;
 }
 
 int easycomm_poll(EasyCommRecord *e)
 {
     memset(e->command, 0, sizeof e->command);
     memset(e->reply, 0, sizeof e->reply);
+    easycomm_drop_backlog(e);
     if (easycomm_read_word(e) != 0)
     {
         return EASYCOMM_NONE;
