@@ -301,7 +301,7 @@ class RotctlHamlib : public RotctlSession
 TEST_F(RotctlHamlib, EveryCommandOfTheRealClientSucceedsAndKParks)
 {
     std::string output;
-    EXPECT_EQ(run({"P", "120", "30", "p", "S", "K", "_"}, &output), 0) << output;
+    EXPECT_EQ(run({"P", "120", "30", "p", "S", "K", "_", "\\dump_state"}, &output), 0) << output;
     EXPECT_NE(output.find("181.50\n22.75"), std::string::npos) << "p prints the mount, not the target:\n" << output;
     EXPECT_EQ(output.find("rror"), std::string::npos) << output;
     EXPECT_DOUBLE_EQ(row25.az, 120.0);
