@@ -472,7 +472,7 @@ static void rotctl_extended(char letter, const RotctlRequest *parsed, char separ
 static int rotctl_handle_hamlib(const char *text, int length, char *reply, int size)
 {
     char separator = 0;
-    if (length > 0 && strchr("+;|,", text[0]) && text[0])
+    if (length > 0 && text[0] && strchr("+;|,", text[0]))
     {
         separator = text[0] == '+' ? '\n' : text[0];
         text++;
