@@ -10,16 +10,16 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <benchmark/benchmark.h>
+#include <csignal>
 #include <cstring>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <spawn.h>
 #include <string>
 #include <sys/socket.h>
-#include <unistd.h>
-#include <csignal>
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 extern char **environ;
@@ -261,8 +261,8 @@ static void BM_RotctlHamlibRoundTripAtTheTick(benchmark::State &state)
     // Its open (the dump_state) is served on the ticks until its first prompt.
     std::string seen;
     int64_t next_tick = clock_monotonic_ms() + 50;
-    for (int64_t end = clock_monotonic_ms() + 5000; spawned == 0 && seen.find("command:") == std::string::npos &&
-                                                   clock_monotonic_ms() < end;)
+    for (int64_t end = clock_monotonic_ms() + 5000;
+         spawned == 0 && seen.find("command:") == std::string::npos && clock_monotonic_ms() < end;)
     {
         bench_ticks_until(server, &next_tick, end, from_child[0], &seen);
     }

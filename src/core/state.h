@@ -112,12 +112,13 @@ struct SystemSettings
     int32_t GpredictActive; // GPREDICT Active
     int32_t GpredictDebug;  // GPREDICT Debug
     int32_t GpredictPort;   // GPREDICT Port
-    int32_t HamlibCompatible; // GPREDICT HamlibCompatible: rotctl speaks to every Hamlib client
     int32_t PstActive;      // PSTROTATOR Active
     int32_t PstDebug;       // PSTROTATOR Debug
     char CmdPort[10];
     char RspPort[10];
     char Protocol[12];
+    // GPREDICT HamlibCompatible: rotctl speaks to every Hamlib client
+    int32_t HamlibCompatible;
     int32_t ReportActive; // REPORT Active
     char Collector[64];   // REPORT Collector, "host:port" of the PSK Reporter collector
     int32_t ads1115_present;

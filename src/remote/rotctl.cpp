@@ -287,9 +287,17 @@ struct RotctlName
 // The long names of the commands a Hamlib client uses, and the names its
 // extended replies carry.
 static const RotctlName rotctl_names[] = {
-    {"set_pos", 'P'},   {"get_pos", 'p'},  {"stop", 'S'},      {"park", 'K'},
-    {"move", 'M'},      {"get_info", '_'}, {"reset", 'R'},     {"set_conf", 'C'},
-    {"dump_caps", ROTCTL_DUMP_CAPS},       {"dump_state", ROTCTL_DUMP_STATE}, {"quit", ROTCTL_QUIT},
+    {"set_pos", 'P'},
+    {"get_pos", 'p'},
+    {"stop", 'S'},
+    {"park", 'K'},
+    {"move", 'M'},
+    {"get_info", '_'},
+    {"reset", 'R'},
+    {"set_conf", 'C'},
+    {"dump_caps", ROTCTL_DUMP_CAPS},
+    {"dump_state", ROTCTL_DUMP_STATE},
+    {"quit", ROTCTL_QUIT},
 };
 
 static const char *rotctl_name_of(char letter)
@@ -321,10 +329,9 @@ static char rotctl_letter_of(const char *word)
 // the model, the limits as key=value lines, and "done".
 static void rotctl_dump_state(char *reply, int size)
 {
-    snprintf(reply, (size_t)size,
-             "1\n2\nmin_az=%f\nmax_az=%f\nmin_el=%f\nmax_el=%f\nsouth_zero=0\nrot_type=AzEl\ndone\n",
-             settings.AzimuthLimitMin, settings.AzimuthLimitMax, settings.ElevationLimitMin,
-             settings.ElevationLimitMax);
+    snprintf(
+        reply, (size_t)size, "1\n2\nmin_az=%f\nmax_az=%f\nmin_el=%f\nmax_el=%f\nsouth_zero=0\nrot_type=AzEl\ndone\n",
+        settings.AzimuthLimitMin, settings.AzimuthLimitMax, settings.ElevationLimitMin, settings.ElevationLimitMax);
 }
 
 static void rotctl_dump_caps(char *reply, int size)
@@ -397,9 +404,9 @@ static int rotctl_move_arrows(int direction)
     if (result == 0 && (direction & (up | down)))
     {
         int to_up = (direction & up) != 0;
-        result |= rotctl_arrow(&el_manual, drive_el_manual_pressed, &el_direction, to_up ? DIR_UP : DIR_DOWN,
-                               to_up ? drive_up_pressed : drive_down_pressed,
-                               to_up ? drive_down_pressed : drive_up_pressed);
+        result |=
+            rotctl_arrow(&el_manual, drive_el_manual_pressed, &el_direction, to_up ? DIR_UP : DIR_DOWN,
+                         to_up ? drive_up_pressed : drive_down_pressed, to_up ? drive_down_pressed : drive_up_pressed);
     }
     return result;
 }

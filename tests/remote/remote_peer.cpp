@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <cstring>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <spawn.h>
 #include <sys/socket.h>
 #include <unistd.h>
-#include <fcntl.h>
-#include <spawn.h>
 
 extern char **environ;
 

@@ -52,8 +52,9 @@ TEST(Fuzz, ParsersHoldTheirBuffers)
     {
         many_queries += "<AZ?>";
     }
-    std::vector<std::string> rotctl_words = {"P",  "p", "S", "_", "\\dump_state", " ", "\n", "120.5", "-45",
-                                             "+", ";", ",", "K", "M",           "16", "\\get_pos", "\\quit"};
+    std::vector<std::string> rotctl_words = {
+        "P", "p", "S", "_", "\\dump_state", " ",         "\n",    "120.5", "-45", "+",
+        ";", ",", "K", "M", "16",           "\\get_pos", "\\quit"};
     rotctl_words.insert(rotctl_words.begin(), {std::string(ROTCTL_LINE_SIZE, 'P'), "P " + std::string(60, '7'),
                                                "+P " + std::string(30, '1') + " " + std::string(30, '2')});
     std::vector<std::string> pst_words = {"<PST>", "</PST>", "<AZIMUTH>", "<ELEVATION>", "AZ?", "<", ">", "12.5"};
