@@ -401,6 +401,7 @@ static void walk_links(SettingsWalk *w, SystemSettings *r)
     walk_int(w, "Active", "1", &r->GpredictActive);
     walk_int(w, "Debug", "1", &r->GpredictDebug);
     walk_int(w, "Port", "5333", &r->GpredictPort);
+    walk_int(w, "HamlibCompatible", "1", &r->HamlibCompatible);
 
     w->section = "PSTROTATOR";
     walk_int(w, "Active", "1", &r->PstActive);

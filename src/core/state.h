@@ -119,6 +119,8 @@ struct SystemSettings
     char CmdPort[10];
     char RspPort[10];
     char Protocol[12];
+    // GPREDICT HamlibCompatible: rotctl speaks to every Hamlib client
+    int32_t HamlibCompatible;
     int32_t ReportActive; // REPORT Active
     char Collector[64];   // REPORT Collector, "host:port" of the PSK Reporter collector
     int32_t ads1115_present;

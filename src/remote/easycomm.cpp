@@ -7,6 +7,7 @@
 #include "core/settings.h"
 #include "core/state.h"
 
+#include <QSerialPort>
 #include <QtGlobal>
 #include <cstdio>
 #include <cstdlib>
@@ -36,6 +37,7 @@ void easycomm_reset(void)
 void easycomm_start(EasyCommRecord *e)
 {
     e->active = serial_open(&e->link) == 0 ? 1 : 0;
+    e->held_count = 0;
     if (!e->active)
     {
         char text[SERIAL_PORT_NAME_SIZE + 160];
@@ -57,13 +59,25 @@ void easycomm_stop(EasyCommRecord *e)
     e->active = 0;
 }
 
+// A client that reads its answers up to a line feed (Hamlib's EasyComm
+// backend does) ends its queries with one; the answer then ends with one too.
+// Any other client gets the bytes of the protocol unchanged. This is the
+// station's own rule.
 void easycomm_send_reply(EasyCommRecord *e)
 {
+    char bytes[EASYCOMM_WORD_SIZE + 1];
     int n = (int)strnlen(e->reply, sizeof e->reply);
-    if (n > 0)
+    if (n < 1)
     {
-        serial_write(&e->link, (const uint8_t *)e->reply, n);
+        return;
     }
+    memcpy(bytes, e->reply, (size_t)n);
+    if (e->line_end)
+    {
+        bytes[n++] = '\n';
+    }
+    e->answered = !e->line_end;
+    serial_write(&e->link, (const uint8_t *)bytes, n);
 }
 
 int easycomm_parse(EasyCommRecord *e, const char *word)
@@ -123,42 +137,134 @@ static int easycomm_is_terminator(uint8_t byte)
     return byte == '\n' || byte == '\r' || byte == ' ';
 }
 
+// The line feed that ends a line of queries whose words ended in blanks
+// ("AZ EL \n"): it ends their answers too.
+static void easycomm_line_end(EasyCommRecord *e, uint8_t byte)
+{
+    if (byte == '\n' && e->answered)
+    {
+        e->answered = 0;
+        serial_write(&e->link, (const uint8_t *)"\n", 1);
+    }
+}
+
+// A chattering line must neither grow the program nor make every real word
+// late: beyond the backlog bound only the newest bytes stay, from the first
+// word that begins among them.
+static void easycomm_drop_backlog(EasyCommRecord *e)
+{
+    int waiting = serial_input_pending(&e->link);
+    if (waiting <= EASYCOMM_BACKLOG)
+    {
+        return;
+    }
+    long long dropped = e->held_count + serial_skip(&e->link, waiting - EASYCOMM_BACKLOG / 4);
+    e->held_count = 0;
+    uint8_t byte = 0;
+    while (serial_input_pending(&e->link) > 0 && serial_read_some(&e->link, &byte, 1) == 1 &&
+           !easycomm_is_terminator(byte))
+    {
+        dropped++;
+    }
+    qDebug("[EasyComm] line sends faster than words are served: %lld bytes of backlog dropped", dropped);
+}
+
+// Wait for a byte, up to the silent budget: 0 when one is there, -1 not.
+static int easycomm_wait_byte(EasyCommRecord *e)
+{
+    if (e->held_count)
+    {
+        return 0;
+    }
+    for (int silent = 0; e->link.is_open && silent < EASYCOMM_SILENT_READS; silent++)
+    {
+        if (serial_input_pending(&e->link) > 0)
+        {
+            return 0;
+        }
+        serial_wait_readable(&e->link, 1);
+    }
+    return -1;
+}
+
+// The next byte, taken or only looked at (then held for the next taker): 0,
+// or -1 when none came.
+static int easycomm_next_byte(EasyCommRecord *e, uint8_t *byte, int peek)
+{
+    if (easycomm_wait_byte(e) != 0)
+    {
+        return -1;
+    }
+    if (e->held_count)
+    {
+        *byte = e->held;
+        e->held_count = peek ? 1 : 0;
+        return 0;
+    }
+    if (serial_read_some(&e->link, byte, 1) != 1)
+    {
+        return -1;
+    }
+    if (peek)
+    {
+        e->held = *byte;
+        e->held_count = 1;
+    }
+    return 0;
+}
+
 // Read one word into command: 0 when a terminator ended it, -1 when none
-// came, it was empty, or it stopped unfinished (too long, or the line fell
-// silent). An unfinished word stays in command; what follows it on the line
-// begins the next word.
+// came, it was empty, or it stopped unfinished (30 characters without a
+// terminator, or the line fell silent). An unfinished word stays in command;
+// what follows it on the line begins the next word.
 static int easycomm_read_word(EasyCommRecord *e)
 {
     uint8_t byte;
-    if (serial_read(&e->link, &byte, 1, 1) != 1 || easycomm_is_terminator(byte))
+    e->line_end = 0;
+    if (e->held_count)
     {
+        byte = e->held;
+        e->held_count = 0;
+    }
+    else if (serial_read(&e->link, &byte, 1, 1) != 1)
+    {
+        return -1;
+    }
+    if (easycomm_is_terminator(byte))
+    {
+        easycomm_line_end(e, byte);
         return -1;
     }
     int length = 0;
     e->command[length++] = (char)byte;
-    int silent = 0;
-    while (length < EASYCOMM_WORD_SIZE - 1 && silent < EASYCOMM_SILENT_READS)
+    while (length < EASYCOMM_WORD_SIZE - 1 && easycomm_next_byte(e, &byte, 0) == 0 && !easycomm_is_terminator(byte))
     {
-        if (serial_read(&e->link, &byte, 1, 1) != 1)
-        {
-            silent++;
-            continue;
-        }
-        if (easycomm_is_terminator(byte))
-        {
-            e->command[length] = 0;
-            return 0;
-        }
         e->command[length++] = (char)byte;
     }
     e->command[length] = 0;
-    return -1;
+    if (length == EASYCOMM_WORD_SIZE - 1)
+    {
+        // 29 characters fill the word: it is whole only when its terminator
+        // comes next, and anything else is left to begin the next word.
+        if (easycomm_next_byte(e, &byte, 1) != 0 || !easycomm_is_terminator(byte))
+        {
+            return -1;
+        }
+        e->held_count = 0; // the terminator looked at is taken
+    }
+    else if (!easycomm_is_terminator(byte))
+    {
+        return -1;
+    }
+    e->line_end = byte == '\n';
+    return 0;
 }
 
 int easycomm_poll(EasyCommRecord *e)
 {
     memset(e->command, 0, sizeof e->command);
     memset(e->reply, 0, sizeof e->reply);
+    easycomm_drop_backlog(e);
     if (easycomm_read_word(e) != 0)
     {
         return EASYCOMM_NONE;

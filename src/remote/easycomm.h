@@ -10,7 +10,10 @@
 
 enum
 {
-    EASYCOMM_WORD_SIZE = 30 // a word holds at most 29 characters and its zero
+    EASYCOMM_WORD_SIZE = 30, // a word holds at most 29 characters and its zero
+    // Input waiting beyond this is a backlog no longer worth serving: a word
+    // is taken every 150 ms, so a chattering line is cut to its newest bytes.
+    EASYCOMM_BACKLOG = 1024
 };
 
 // The codes of the word table; EASYCOMM_NONE also stands for no word at all.
@@ -37,6 +40,10 @@ struct EasyCommRecord
     double down;
     char command[EASYCOMM_WORD_SIZE]; // the word being read
     char reply[EASYCOMM_WORD_SIZE];   // what to send back
+    int32_t line_end;                 // the word ended with a line feed: so does its answer
+    int32_t answered;                 // an answer went out since the last line feed
+    int32_t held_count;               // 1 when held is a byte looked at but not yet taken
+    uint8_t held;
 };
 
 extern EasyCommRecord easycomm;
@@ -48,7 +55,8 @@ void easycomm_stop(EasyCommRecord *e);
 // Read one word from the line and act on it: the word's code, or
 // EASYCOMM_NONE when no whole word came or it is not in the table.
 int easycomm_poll(EasyCommRecord *e);
-// Send reply when there is one.
+// Send reply when there is one, with a line feed behind it when the query
+// ended with one.
 void easycomm_send_reply(EasyCommRecord *e);
 
 // The protocol itself: act on one whole word. Sets row 24 and the record,

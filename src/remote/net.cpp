@@ -271,8 +271,10 @@ int net_write(int socket, const char *data, int length)
         net_log("net_write(%d) %d bytes:", socket, length);
         net_hexdump(0, data, length);
     }
-    // A client that has gone must cost a failed send, not the whole program.
-    return (int)send(socket, data, (size_t)(length > 0 ? length : 0), MSG_NOSIGNAL);
+    // A client that has gone must cost a failed send, not the whole program,
+    // and one that stopped reading must not hold the cycle in the kernel:
+    // the send never waits, and what does not fit now is the caller's matter.
+    return (int)send(socket, data, (size_t)(length > 0 ? length : 0), MSG_NOSIGNAL | MSG_DONTWAIT);
 }
 
 void net_address_with_port(const struct sockaddr_in *peer, int port, struct sockaddr_in *address)
@@ -283,8 +285,9 @@ void net_address_with_port(const struct sockaddr_in *peer, int port, struct sock
 
 int net_sendto(int socket, const char *data, int length, const struct sockaddr_in *peer)
 {
-    ssize_t n = sendto(socket, data, (size_t)(length > 0 ? length : 0), MSG_NOSIGNAL, (const struct sockaddr *)peer,
-                       sizeof *peer);
+    // An answer that cannot leave at once is dropped, as a lost datagram is.
+    ssize_t n = sendto(socket, data, (size_t)(length > 0 ? length : 0), MSG_NOSIGNAL | MSG_DONTWAIT,
+                       (const struct sockaddr *)peer, sizeof *peer);
     if (n < 0)
     {
         if (net_debug)

@@ -31,11 +31,12 @@ int net_read(int socket, char *buffer, int size);
 // Bytes read, or -1.
 int net_recvfrom(int socket, char *buffer, int size, struct sockaddr_in *peer);
 // The whole reply in one send, so a client reading line by line never sees
-// half of it. The send's result.
+// half of it. The send never waits: a peer whose buffers are full gets less
+// than length, or -1. The send's result.
 int net_write(int socket, const char *data, int length);
 // The same host at another port: where a datagram's answer goes.
 void net_address_with_port(const struct sockaddr_in *peer, int port, struct sockaddr_in *address);
-// Bytes sent, or -1.
+// Bytes sent, or -1; never waits.
 int net_sendto(int socket, const char *data, int length, const struct sockaddr_in *peer);
 
 // An unbound datagram socket for sending, or -1.

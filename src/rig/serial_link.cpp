@@ -144,6 +144,28 @@ static int serial_available(SerialLink *link)
     return ioctl(link->fd, FIONREAD, &available) == 0 ? available : 0;
 }
 
+int serial_input_pending(SerialLink *link)
+{
+    return link->is_open ? serial_available(link) : 0;
+}
+
+int serial_skip(SerialLink *link, int count)
+{
+    uint8_t scratch[256];
+    int skipped = 0;
+    while (skipped < count)
+    {
+        int want = count - skipped < (int)sizeof scratch ? count - skipped : (int)sizeof scratch;
+        int n = serial_read_some(link, scratch, want);
+        if (n <= 0)
+        {
+            break;
+        }
+        skipped += n;
+    }
+    return skipped;
+}
+
 int serial_read(SerialLink *link, uint8_t *buffer, int count, int periods)
 {
     if (!link->is_open || periods < 1 || count < 1)

@@ -47,6 +47,10 @@ int serial_read_some(SerialLink *link, uint8_t *buffer, int size);
 // Exactly count bytes, or 0: waits up to periods of about 1 ms for the whole
 // count to be there. What came short of it stays buffered.
 int serial_read(SerialLink *link, uint8_t *buffer, int count, int periods);
+// Bytes waiting in the input queue (0 when the port is closed).
+int serial_input_pending(SerialLink *link);
+// Throw away up to count waiting bytes without waiting: how many went.
+int serial_skip(SerialLink *link, int count);
 // 1 when bytes wait to be read within ms milliseconds, else 0.
 int serial_wait_readable(SerialLink *link, int ms);
 // Call back whenever the port has bytes to read, from the event loop (null

@@ -77,7 +77,7 @@ static std::vector<KeyRow> documented_keys(void)
     }
     add(rows, "BRAKE_CONTROL",
         "az_brake_enabled i 0, az_brake_delay i 1000, el_brake_enabled i 0, el_brake_delay i 1000");
-    add(rows, "GPREDICT", "Active i 1, Debug i 1, Port i 5333");
+    add(rows, "GPREDICT", "Active i 1, Debug i 1, Port i 5333, HamlibCompatible i 1");
     add(rows, "PSTROTATOR", "Active i 1, Debug i 1, CmdPort t 12000, RspPort t 12001, Protocol t udp");
     add(rows, "REMOTE_DISPLAY",
         "DisplayEnabled i 1, DisplayType i 0, DisplayRows i 8, DisplayColumns i 20, RemoteSwitches i 0, RemoteAdcs i "

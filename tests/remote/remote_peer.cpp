@@ -5,10 +5,14 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <cstring>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <spawn.h>
 #include <sys/socket.h>
 #include <unistd.h>
+
+extern char **environ;
 
 int test_port(int offset)
 {
@@ -101,4 +105,29 @@ bool LogCapture::contains(const std::string &text) const
 {
     return std::any_of(lines.begin(), lines.end(),
                        [&](const std::string &line) { return line.find(text) != std::string::npos; });
+}
+
+bool peer_rotctl_installed(void)
+{
+    return access("/usr/bin/rotctl", X_OK) == 0;
+}
+
+int peer_spawn_rotctl(const std::vector<std::string> &args, const std::string &out_path)
+{
+    std::vector<char *> argv;
+    argv.push_back(const_cast<char *>("rotctl"));
+    for (const std::string &arg : args)
+    {
+        argv.push_back(const_cast<char *>(arg.c_str()));
+    }
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 1, out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    posix_spawn_file_actions_adddup2(&actions, 1, 2);
+    pid_t pid = -1;
+    int result = posix_spawn(&pid, "/usr/bin/rotctl", &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    return result == 0 ? (int)pid : -1;
 }

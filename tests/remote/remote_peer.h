@@ -21,6 +21,12 @@ int peer_sendto(int socket, int port, const std::string &text);
 // peer closed the connection.
 std::string peer_receive(int socket, int timeout_ms, bool *closed = nullptr);
 
+// Hamlib's own command line client, when the system has it.
+bool peer_rotctl_installed(void);
+// Start rotctl with these arguments, its output (both streams) into
+// out_path; the child's pid, or -1.
+int peer_spawn_rotctl(const std::vector<std::string> &args, const std::string &out_path);
+
 // Everything the program writes to the debug log while one is alive.
 struct LogCapture
 {

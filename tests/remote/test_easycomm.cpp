@@ -1,14 +1,19 @@
 #include "remote/easycomm.h"
 
+#include "core/clock.h"
 #include "core/panel_seam.h"
 #include "core/settings.h"
 #include "core/state.h"
+#include "drive_recorder.h"
+#include "drive_sim.h"
 #include "pty_pair.h"
+#include "remote_peer.h"
 #include "support/panel_record.h"
 #include "support/test_env.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 
 static const SourceRecord &row24 = source_table[SOURCE_EASYCOMM];
 
@@ -143,7 +148,7 @@ TEST_F(EasyCommLine, StopAzimuthHoldsItUntilTheNextAzimuthWithANumber)
 
 TEST_F(EasyCommLine, OneWordPerPollAndALongWordIsCut)
 {
-    pty.send("AZ120 EL45\nAZ" + std::string(28, '9') + "1 ");
+    pty.send("AZ120 EL45\nAZ" + std::string(28, '9') + "1 EL" + std::string(26, '4') + "1\r");
     serial_wait_readable(&easycomm.link, 2000);
     EXPECT_EQ(easycomm_poll(&easycomm), EASYCOMM_AZ);
     EXPECT_EQ(row24.el_tracking_enable, 0);
@@ -156,4 +161,93 @@ TEST_F(EasyCommLine, OneWordPerPollAndALongWordIsCut)
     EXPECT_DOUBLE_EQ(row24.az, 120.0);
     EXPECT_EQ(easycomm_poll(&easycomm), EASYCOMM_NONE);
     EXPECT_STREQ(easycomm.command, "91");
+    // Twenty-nine characters and the terminator: a whole word.
+    EXPECT_EQ(easycomm_poll(&easycomm), EASYCOMM_EL);
+    EXPECT_EQ(strlen(easycomm.command), 29u);
+    EXPECT_EQ(row24.el_tracking_enable, 1);
+}
+
+// A line that sends far faster than a word per poll is cut to its newest
+// bytes, with a log line, so memory stays bounded and the last word is served
+// within a few polls instead of hours late.
+TEST_F(EasyCommLine, ChatteringLineKeepsOnlyItsNewestWords)
+{
+    // The kernel's own line buffer holds a few kilobytes: three of chatter
+    // and the word behind them is a backlog far beyond a word per poll.
+    std::string chatter;
+    for (int i = 0; i < 1000; i++)
+    {
+        chatter += "XY ";
+    }
+    pty.send(chatter + "AZ77 ");
+    for (int64_t end = clock_monotonic_ms() + 2000;
+         clock_monotonic_ms() < end && serial_input_pending(&easycomm.link) < (int)chatter.size() + 5;)
+    {
+        serial_wait_readable(&easycomm.link, 5);
+    }
+    ASSERT_GT(serial_input_pending(&easycomm.link), EASYCOMM_BACKLOG);
+    LogCapture log;
+    int polls = 0;
+    for (; polls < 400 && row24.az_tracking_enable == 0; polls++)
+    {
+        easycomm_poll(&easycomm);
+        EXPECT_LE(serial_input_pending(&easycomm.link), EASYCOMM_BACKLOG);
+    }
+    EXPECT_DOUBLE_EQ(row24.az, 77.0);
+    EXPECT_LT(polls, EASYCOMM_BACKLOG / 3) << "no more words than the kept bytes hold";
+    EXPECT_TRUE(log.contains("backlog dropped"));
+}
+
+// A query ended with a line feed is answered with one; the words of a line
+// answer together, and the line's feed ends them. Hamlib's EasyComm backend
+// reads so.
+TEST_F(EasyCommLine, LineFeedQueriesAreAnsweredWithALineFeed)
+{
+    say("AZ\n");
+    EXPECT_EQ(pty.receive(2000), "AZ123.4 \n");
+    say("VE\n");
+    EXPECT_EQ(pty.receive(2000), "002\r\n");
+    say("VE\r");
+    EXPECT_EQ(pty.receive(2000), "002\r") << "the protocol's bytes for any other end";
+    pty.send("AZ EL \n");
+    for (int i = 0; i < 3; i++)
+    {
+        serial_wait_readable(&easycomm.link, 200);
+        easycomm_cycle_step();
+    }
+    std::string reply = pty.receive(2000);
+    reply += reply.size() < 16 ? pty.receive(500) : "";
+    EXPECT_EQ(reply, "AZ123.4 EL10.0 \n");
+}
+
+// Hamlib's own client with its EasyComm II backend on the far end of the
+// null modem, against the simulated mount.
+TEST_F(EasyCommLine, HamlibEasyCommClientReadsThePosition)
+{
+    if (!peer_rotctl_installed())
+    {
+        GTEST_SKIP() << "Hamlib's rotctl is not installed (package libhamlib-utils)";
+    }
+    DriveSim sim;
+    drive_test_settings();
+    drive_sim_start(&sim);
+    sim.station.mount.az = 181.5;
+    sim.station.mount.el = 22.7;
+    std::string out = std::string(test_home()) + "/rotctl202.out";
+    int pid = peer_spawn_rotctl({"-m", "202", "-r", pty.far_name, "-s", "9600", "P", "120.0", "30.0", "p", "S"}, out);
+    int status = -1;
+    for (int64_t end = clock_monotonic_ms() + 20000;
+         clock_monotonic_ms() < end && waitpid(pid, &status, WNOHANG) != pid;)
+    {
+        serial_wait_readable(&easycomm.link, 5);
+        easycomm_cycle_step();
+        drive_sim_tick(&sim);
+    }
+    drive_sim_stop();
+    std::string output = test_read_file(out);
+    ASSERT_TRUE(WIFEXITED(status)) << output;
+    EXPECT_EQ(WEXITSTATUS(status), 0) << output;
+    EXPECT_NE(output.find("181.50\n22.70"), std::string::npos) << output;
+    EXPECT_DOUBLE_EQ(row24.az, 120.0);
+    EXPECT_EQ(row24.az_tracking_enable, 0) << "S stopped the azimuth";
 }

@@ -52,8 +52,11 @@ TEST(Fuzz, ParsersHoldTheirBuffers)
     {
         many_queries += "<AZ?>";
     }
-    std::vector<std::string> rotctl_words = {"P", "p", "S", "_", "\\dump_state", " ", "\n", "120.5", "-45"};
-    rotctl_words.insert(rotctl_words.begin(), {std::string(ROTCTL_REQUEST_SIZE, 'P'), "P " + std::string(60, '7')});
+    std::vector<std::string> rotctl_words = {
+        "P", "p", "S", "_", "\\dump_state", " ",         "\n",    "120.5", "-45", "+",
+        ";", ",", "K", "M", "16",           "\\get_pos", "\\quit"};
+    rotctl_words.insert(rotctl_words.begin(), {std::string(ROTCTL_LINE_SIZE, 'P'), "P " + std::string(60, '7'),
+                                               "+P " + std::string(30, '1') + " " + std::string(30, '2')});
     std::vector<std::string> pst_words = {"<PST>", "</PST>", "<AZIMUTH>", "<ELEVATION>", "AZ?", "<", ">", "12.5"};
     pst_words.insert(pst_words.begin(), {std::string(PST_DATAGRAM_SIZE, 'A'), many_queries,
                                          "<PST><AZIMUTH>" + std::string(60, '1') + "</AZIMUTH></PST>"});
@@ -61,15 +64,21 @@ TEST(Fuzz, ParsersHoldTheirBuffers)
     easycomm_words.insert(easycomm_words.begin(), std::string(EASYCOMM_WORD_SIZE - 1, '8'));
     for (int round = 0; round < 5000; round++)
     {
-        // The server hands over at most its 64-byte request, zero terminated.
-        std::string request = fuzz_input(rng, round, rotctl_words, 200);
+        // A session hands over at most one line of its line buffer; every
+        // other round speaks Hamlib's dialect.
+        settings.HamlibCompatible = round & 1;
+        settings.AzimuthLimitMax = 450;
+        settings.ElevationLimitMax = 90;
+        std::string request = fuzz_input(rng, round, rotctl_words, 300);
         char reply[ROTCTL_REPLY_SIZE];
-        int length = std::min((int)request.size(), (int)ROTCTL_REQUEST_SIZE);
+        int length = std::min((int)request.size(), (int)ROTCTL_LINE_SIZE);
         if (rotctl_handle(request.c_str(), length, reply, sizeof reply) == 0)
         {
             ASSERT_TRUE(terminated(reply, sizeof reply)) << round;
         }
         ASSERT_EQ(rotctl_handle("p\n", 2, reply, 4), 0) << "a reply cut to a small buffer";
+        ASSERT_TRUE(terminated(reply, 4));
+        ASSERT_EQ(rotctl_handle("+\\dump_state\n", 13, reply, 4), settings.HamlibCompatible ? 0 : -1);
         ASSERT_TRUE(terminated(reply, 4));
 
         // The client reads at most 80 bytes of a datagram and a zero.

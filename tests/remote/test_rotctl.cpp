@@ -1,12 +1,17 @@
 #include "remote/rotctl.h"
 
 #include "core/clock.h"
+#include "core/drive.h"
 #include "core/state.h"
+#include "drive_recorder.h"
+#include "drive_sim.h"
 #include "remote/net.h"
 #include "remote_peer.h"
 #include "support/test_env.h"
 
+#include <arpa/inet.h>
 #include <clocale>
+#include <cmath>
 #include <cstring>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -41,16 +46,43 @@ static const RotctlRow rotctl_rows[] = {
     {nullptr, "\\get_pos\n", nullptr, 0.0, 0.0, 0, 0, "the long forms are not served"},
     {nullptr, "Z\n", nullptr, 0.0, 0.0, 0, 0, "nor a letter outside the table"},
     {nullptr, " P 1 2\n", nullptr, 0.0, 0.0, 0, 0, "the letter comes first"},
+    {nullptr, "q\n", nullptr, 0.0, 0.0, 0, 0, "GPredict's goodbye is not answered"},
+};
+
+// The same requests and Hamlib's own with HamlibCompatible on: GPredict's
+// lines keep their bytes, everything else gets an answer. Limits 0..450, 0..90.
+static const RotctlRow hamlib_rows[] = {
+    {nullptr, "P 120.50 45.25\n", "RPRT 0\n", 120.5, 45.25, 1, 1, "GPredict's P is answered as before"},
+    {nullptr, "P 174,46 0,00\n", "RPRT 0\n", 174.46, 0.0, 1, 1, "a decimal comma is read as a point"},
+    {"P 120 45\n", "p\n", "33.2500\n12.5000\nRPRT 0\n", 120.0, 45.0, 1, 1, "GPredict's p is answered as before"},
+    {"P 120 45\n", "P 451 10\n", "RPRT -1\n", 120.0, 45.0, 1, 1, "an azimuth past the limit moves nothing"},
+    {nullptr, "P 10 -0.5\n", "RPRT -1\n", 0.0, 0.0, 0, 0, "an elevation below the limit moves nothing"},
+    {nullptr, "\\set_pos 200 10\n", "RPRT 0\n", 200.0, 10.0, 1, 1, "a long name acts as its letter"},
+    {nullptr, "\\get_pos\n", "33.2500\n12.5000\nRPRT 0\n", 0.0, 0.0, 0, 0, "get_pos is p"},
+    {nullptr, "+\\get_pos\n", "get_pos:\nAzimuth: 33.250000\nElevation: 12.500000\nRPRT 0\n", 0.0, 0.0, 0, 0,
+     "a plus asks for the extended form"},
+    {nullptr, ";P 100 20\n", "set_pos: 100 20;RPRT 0\n", 100.0, 20.0, 1, 1, "a separator stands between the lines"},
+    {nullptr, "+_\n", "get_info:\nInfo: Morvane v2.18\nRPRT 0\n", 0.0, 0.0, 0, 0, "the info in the extended form"},
+    {nullptr, "_\n", "RPRT Morvane v2.18\n", 0.0, 0.0, 0, 0, "the info in the short form as before"},
+    {nullptr, "\\dump_state\n",
+     "1\n2\nmin_az=0.000000\nmax_az=450.000000\nmin_el=0.000000\nmax_el=90.000000\nsouth_zero=0\nrot_type=AzEl\ndone\n",
+     0.0, 0.0, 0, 0, "the state a Hamlib client opens with, from the station's limits"},
+    {nullptr, "Z\n", "RPRT -4\n", 0.0, 0.0, 0, 0, "an unknown letter is refused, not left unanswered"},
+    {nullptr, "\\set_freq 145000000\n", "RPRT -4\n", 0.0, 0.0, 0, 0, "so is an unknown long name"},
+    {nullptr, "M 8\n", "RPRT -1\n", 0.0, 0.0, 0, 0, "a move needs a direction and a speed"},
 };
 
 // ctest runs this program under de_DE.UTF-8: the rows' numbers must still be
 // printed and read in the C form.
-TEST(Rotctl, RowsOnAGermanDesktop)
+static void check_rows(const RotctlRow *rows, size_t count, int hamlib)
 {
-    ASSERT_NE(strstr(setlocale(LC_ALL, nullptr), "de_DE"), nullptr);
-    for (const RotctlRow &row : rotctl_rows)
+    for (size_t i = 0; i < count; i++)
     {
+        const RotctlRow &row = rows[i];
         test_reset_state();
+        settings.HamlibCompatible = hamlib;
+        settings.AzimuthLimitMax = 450;
+        settings.ElevationLimitMax = 90;
         az_position = 33.25;
         el_position = 12.5;
         char reply[ROTCTL_REPLY_SIZE] = {0};
@@ -67,6 +99,17 @@ TEST(Rotctl, RowsOnAGermanDesktop)
         EXPECT_EQ(row25.az_tracking_enable, row.az_enable) << row.why;
         EXPECT_EQ(row25.el_tracking_enable, row.el_enable) << row.why;
     }
+}
+
+TEST(Rotctl, RowsOnAGermanDesktop)
+{
+    ASSERT_NE(strstr(setlocale(LC_ALL, nullptr), "de_DE"), nullptr);
+    check_rows(rotctl_rows, sizeof rotctl_rows / sizeof rotctl_rows[0], 0);
+    check_rows(hamlib_rows, sizeof hamlib_rows / sizeof hamlib_rows[0], 1);
+    char reply[ROTCTL_REPLY_SIZE] = {0};
+    EXPECT_EQ(rotctl_handle("\\quit\n", 6, reply, sizeof reply), 1) << "quit ends the session, unanswered";
+    EXPECT_EQ(rotctl_handle("q\n", 2, reply, sizeof reply), 1);
+    EXPECT_STREQ(reply, "");
 }
 
 // The server on the loopback, with clients of our own.
@@ -112,23 +155,82 @@ class RotctlSession : public ::testing::Test
     int32_t slot[2] = {-1, -1};
 };
 
-TEST_F(RotctlSession, WholeRepliesAndIgnoredRequestsKeepTheSession)
+TEST_F(RotctlSession, WholeLinesAreServedHoweverTheyArrive)
 {
     int client = connect_client();
-    // The first bytes back belong to the P: nothing answered the two before.
-    peer_send(client, "\\dump_state\n");
+    // Unknown requests keep the Part's silence with HamlibCompatible off: the
+    // first bytes back belong to the P.
+    peer_send(client, "\\dump_state\nZ\n");
     serve(client, 0);
-    peer_send(client, "Z\n");
+    peer_send(client, "P 120");
     serve(client, 0);
-    peer_send(client, "P 120.00 45.00\n");
+    peer_send(client, " 45\n");
     EXPECT_EQ(serve(client), "RPRT 0\n");
-    peer_send(client, "p\n");
-    EXPECT_EQ(serve(client), "181.5000\n22.7500\nRPRT 0\n") << "in one send, so a line reader sees it whole";
-    // A request longer than the 64 bytes of one read is served in two parts.
-    peer_send(client, "S" + std::string(63, ' ') + "p\n");
-    EXPECT_EQ(serve(client), "RPRT 0\n");
-    EXPECT_EQ(serve(client), "181.5000\n22.7500\nRPRT 0\n");
+    EXPECT_DOUBLE_EQ(row25.el, 45.0) << "a request in two reads is one request";
+    peer_send(client, "p\r\nS\n");
+    std::string both = serve(client);
+    both += both.size() < 31 ? peer_receive(client, 2000) : "";
+    EXPECT_EQ(both, "181.5000\n22.7500\nRPRT 0\nRPRT 0\n") << "two lines in one read, both served";
+    EXPECT_EQ(row25.az_tracking_enable, 0);
+    // A line longer than a session keeps is dropped up to its line feed.
+    peer_send(client, "P 1 2" + std::string(300, ' ') + "\np\n");
+    std::string reply;
+    for (int i = 0; i < 10 && reply.empty(); i++)
+    {
+        reply = serve(client, 200);
+    }
+    EXPECT_EQ(reply, "181.5000\n22.7500\nRPRT 0\n");
+    EXPECT_DOUBLE_EQ(row25.az, 120.0);
     close(client);
+}
+
+// A client that asks and never reads fills both ends' buffers. The server
+// must not wait for it: its session ends, and the other listener's client
+// is served as usual.
+TEST_F(RotctlSession, ClientThatNeverReadsLosesItsSessionAlone)
+{
+    int second_listener = rotctl_start("127.0.0.1", test_port_text(1).c_str(), "tcp");
+    ASSERT_GE(second_listener, 0);
+    int greedy = socket(AF_INET, SOCK_STREAM, 0);
+    int small = 1024;
+    setsockopt(greedy, SOL_SOCKET, SO_RCVBUF, &small, sizeof small);
+    struct sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons((uint16_t)test_port(0));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ASSERT_EQ(connect(greedy, (struct sockaddr *)&address, sizeof address), 0);
+    for (int i = 0; i < 200 && slot[0] < 0; i++)
+    {
+        rotctl_poll(listener, second_listener, &slot[0], &slot[1]);
+    }
+    ASSERT_GE(slot[0], 0);
+    std::string requests;
+    for (int i = 0; i < 32; i++)
+    {
+        requests += "p\n";
+    }
+    for (int i = 0; i < 20000 && slot[0] >= 0; i++)
+    {
+        send(greedy, requests.data(), requests.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+        rotctl_poll(listener, second_listener, &slot[0], &slot[1]);
+    }
+    EXPECT_EQ(slot[0], -1) << "the session whose replies would block is ended";
+    int other = peer_connect(test_port(1));
+    for (int i = 0; i < 200 && slot[1] < 0; i++)
+    {
+        rotctl_poll(listener, second_listener, &slot[0], &slot[1]);
+    }
+    peer_send(other, "p\n");
+    std::string reply;
+    for (int i = 0; i < 200 && reply.empty(); i++)
+    {
+        rotctl_poll(listener, second_listener, &slot[0], &slot[1]);
+        reply = peer_receive(other, 10);
+    }
+    EXPECT_EQ(reply, "181.5000\n22.7500\nRPRT 0\n");
+    close(greedy);
+    close(other);
+    rotctl_stop(second_listener, slot[1]);
 }
 
 TEST_F(RotctlSession, SecondClientTakesTheSlotAndTheFirstIsClosed)
@@ -151,44 +253,81 @@ TEST_F(RotctlSession, SecondClientTakesTheSlotAndTheFirstIsClosed)
     EXPECT_EQ(slot[0], -1) << "a client's close ends its session";
 }
 
-// Hamlib's own client. Its network rotator first asks for the long form
-// \dump_state, which this server does not know: the client gets no answer,
-// gives up after its time-out and closes, and the server must come out of
-// that with its slot free and nothing sent.
-TEST_F(RotctlSession, HamlibClientIsAnsweredNothingAndLeavesCleanly)
+// Hamlib's own client against the server and the simulated mount: it opens
+// with \\dump_state, and every command returns without an error. The mount
+// stands at 181.5 / 22.75; the drive runs on its simulated ticks meanwhile.
+class RotctlHamlib : public RotctlSession
 {
-    if (access("/usr/bin/rotctl", X_OK) != 0)
+  protected:
+    void SetUp() override
     {
-        GTEST_SKIP() << "Hamlib's rotctl is not installed (package libhamlib-utils)";
+        RotctlSession::SetUp();
+        if (!peer_rotctl_installed())
+        {
+            GTEST_SKIP() << "Hamlib's rotctl is not installed (package libhamlib-utils)";
+        }
+        drive_test_settings();
+        drive_sim_start(&sim);
+        clock_set_sleep_hook([](int) {});
+        settings.TrackingSource = SOURCE_GPREDICT;
+        sim.station.mount.az = 181.5;
+        sim.station.mount.el = 22.75;
     }
-    std::string address = "127.0.0.1:" + test_port_text(0);
-    const char *argv[] = {"rotctl", "-m", "2", "-r", address.c_str(), "-C", "timeout=300,retry=0", "p", nullptr};
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-    pid_t pid;
-    ASSERT_EQ(posix_spawn(&pid, "/usr/bin/rotctl", &actions, nullptr, const_cast<char **>(argv), environ), 0);
-    posix_spawn_file_actions_destroy(&actions);
-    net_debug = 1;
-    LogCapture log;
-    int status = -1;
-    bool connected = false;
-    for (int64_t end = clock_monotonic_ms() + 10000;
-         clock_monotonic_ms() < end && waitpid(pid, &status, WNOHANG) != pid;)
+    void TearDown() override
     {
-        poll();
-        connected = connected || slot[0] >= 0;
+        drive_sim_stop();
+        RotctlSession::TearDown();
     }
-    for (int i = 0; i < 200 && slot[0] != -1; i++)
+    // Serve and tick until rotctl ends: its exit status and output.
+    int run(const std::vector<std::string> &commands, std::string *output)
     {
-        poll();
+        std::string out = std::string(test_home()) + "/rotctl.out";
+        std::vector<std::string> args = {"-m", "2", "-r", "127.0.0.1:" + test_port_text(0)};
+        args.insert(args.end(), commands.begin(), commands.end());
+        int pid = peer_spawn_rotctl(args, out);
+        int status = -1;
+        for (int64_t end = clock_monotonic_ms() + 20000;
+             clock_monotonic_ms() < end && waitpid(pid, &status, WNOHANG) != pid;)
+        {
+            poll();
+            drive_sim_tick(&sim);
+        }
+        *output = test_read_file(out);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
-    net_debug = 0;
-    ASSERT_TRUE(WIFEXITED(status)) << "rotctl did not finish";
-    EXPECT_NE(WEXITSTATUS(status), 0) << "it cannot open a rotator that does not answer its dump_state";
-    EXPECT_TRUE(connected);
-    EXPECT_EQ(slot[0], -1) << "its session ended when it closed";
-    EXPECT_TRUE(log.contains("dump_state"));
-    EXPECT_FALSE(log.contains("net_write(")) << "nothing was sent back";
+    DriveSim sim;
+};
+
+TEST_F(RotctlHamlib, EveryCommandOfTheRealClientSucceedsAndKParks)
+{
+    std::string output;
+    EXPECT_EQ(run({"P", "120", "30", "p", "S", "K", "_", "\\dump_state"}, &output), 0) << output;
+    EXPECT_NE(output.find("181.50\n22.75"), std::string::npos) << "p prints the mount, not the target:\n" << output;
+    EXPECT_EQ(output.find("rror"), std::string::npos) << output;
+    EXPECT_DOUBLE_EQ(row25.az, 120.0);
+    EXPECT_EQ(park_active, 1) << "K took the panel's PARK";
+    for (int i = 0; i < 20000 && (std::fabs(sim.station.mount.az - settings.Park_Azimuth) > 1.0 ||
+                                  std::fabs(sim.station.mount.el - settings.Park_Elevation) > 1.0);
+         i++)
+    {
+        drive_sim_tick(&sim);
+    }
+    EXPECT_NEAR(sim.station.mount.az, settings.Park_Azimuth, 1.0) << "the simulated mount went to its park";
+    EXPECT_NEAR(sim.station.mount.el, settings.Park_Elevation, 1.0);
+}
+
+TEST_F(RotctlHamlib, MoveRunsTheArrowInManualUntilStop)
+{
+    std::string output;
+    EXPECT_EQ(run({"M", "16", "50"}, &output), 0) << output;
+    EXPECT_EQ(az_manual, 1);
+    EXPECT_EQ(az_direction, DIR_RIGHT);
+    for (int i = 0; i < 40; i++)
+    {
+        drive_sim_tick(&sim);
+    }
+    EXPECT_GT(sim.station.mount.az, 181.6) << "the mount turns clockwise";
+    EXPECT_EQ(run({"S"}, &output), 0) << output;
+    EXPECT_EQ(az_direction, DIR_STOPPED);
+    EXPECT_EQ(run({"P", "500", "10"}, &output), 2) << "outside the limits the client reports an error";
 }
