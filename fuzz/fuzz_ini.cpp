@@ -8,6 +8,7 @@
 #include "fuzz_support.h"
 #include "remote/easycomm.h"
 
+#include <QDir>
 #include <cstdio>
 
 static void fuzz_every_key(const IniFile *ini)
@@ -40,11 +41,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 
     char path[512];
     settings_path("Morvane.ini", path, sizeof path);
-    IniFile empty;
-    // The loaders read the instance's file from the settings folder; writing
-    // an empty one first makes that folder.
-    ini_write(path, &empty);
-    FILE *f = fopen(path, "wb");
+    // The loaders read the instance's file from the settings folder.
+    static bool folder = QDir().mkpath(QString::fromUtf8(settings_directory()));
+    FILE *f = folder ? fopen(path, "wb") : nullptr;
     if (f)
     {
         fwrite(data, 1, size, f);

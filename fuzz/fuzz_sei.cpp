@@ -29,38 +29,39 @@ static void fuzz_open_bus(void)
     }
 }
 
-static void fuzz_read(int pick, uint8_t mode, uint16_t resolution)
-{
-    uint8_t status = 0, level = 0, byte = 0;
-    uint16_t u16 = 0;
-    int16_t s16 = 0;
-    uint32_t u32 = 0;
-    EncoderFactoryInfo info;
-    switch (pick)
+typedef void (*FuzzRead)(uint8_t mode, uint16_t resolution);
+
+// One read per entry, picked by the input's first byte; the results only
+// need somewhere to go.
+static uint8_t status, byte_out;
+static uint16_t u16_out;
+static int16_t s16_out;
+static uint32_t u32_out;
+static EncoderFactoryInfo info_out;
+static const FuzzRead fuzz_reads[16] = {
+    [](uint8_t m, uint16_t r) { sei_read_position(0, m, r, &u32_out); },
+    [](uint8_t, uint16_t) { sei_read_factory_info(0, &info_out, &byte_out); },
+    [](uint8_t, uint16_t) { sei_read_resolution(0, &u16_out, &status); },
+    [](uint8_t, uint16_t) { sei_read_mode(0, &byte_out, &status); },
+    [](uint8_t, uint16_t) { sei_read_wind_speed(0, &u16_out, &status); },
+    [](uint8_t, uint16_t) { sei_read_wind_direction(0, &u16_out, &status); },
+    [](uint8_t, uint16_t) { sei_read_thermometer(0, &s16_out, &status); },
+    [](uint8_t, uint16_t) { sei_read_barometer(0, &u32_out, &status); },
+    [](uint8_t, uint16_t) { sei_read_altimeter(0, &u32_out, &status); },
+    [](uint8_t, uint16_t) { sei_read_range(0, &u32_out, &status); },
+    [](uint8_t, uint16_t) { sei_read_ppr(0, &u32_out, &byte_out, &status); },
+    [](uint8_t, uint16_t) { sei_read_adc(0, 1, &u16_out, &status); },
+    [](uint8_t, uint16_t) { sei_read_gpio(0, &byte_out, &status); },
+    [](uint8_t m, uint16_t) { brt_read_position(0, m, &u32_out); },
+    [](uint8_t, uint16_t) { sei_relay_control(0, 3, 1, &status); },
+    // The whole pass from a fresh start: set-up reads, then positions and
+    // the corrections.
+    [](uint8_t, uint16_t)
     {
-    case 0: sei_read_position(0, mode, resolution, &u32); break;
-    case 1: sei_read_factory_info(0, &info, &byte); break;
-    case 2: sei_read_resolution(0, &u16, &status); break;
-    case 3: sei_read_mode(0, &byte, &status); break;
-    case 4: sei_read_wind_speed(0, &u16, &status); break;
-    case 5: sei_read_wind_direction(0, &u16, &status); break;
-    case 6: sei_read_thermometer(0, &s16, &status); break;
-    case 7: sei_read_barometer(0, &u32, &status); break;
-    case 8: sei_read_altimeter(0, &u32, &status); break;
-    case 9: sei_read_range(0, &u32, &status); break;
-    case 10: sei_read_ppr(0, &u32, &level, &status); break;
-    case 11: sei_read_adc(0, 1, &u16, &status); break;
-    case 12: sei_read_gpio(0, &byte, &status); break;
-    case 13: brt_read_position(0, mode, &u32); break;
-    case 14: sei_relay_control(0, 3, 1, &status); break;
-    default:
-        // The whole pass from a fresh start: set-up reads, then positions
-        // and the corrections.
         position_reset();
         ReadPosition();
-        break;
-    }
-}
+    },
+};
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
@@ -85,7 +86,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     std::vector<uint8_t> reply(data + from, data + from + length);
     reply.resize(length + 32, 0);
     pty_peer_write(&peer, reply);
-    fuzz_read(head[0] & 15, head[1], encoders[0].Resolution);
+    fuzz_reads[head[0] & 15](head[1], encoders[0].Resolution);
     // Whatever the read left unread, and the frames it sent, go before the
     // next input.
     tcflush(peer.slave_keep, TCIFLUSH);
