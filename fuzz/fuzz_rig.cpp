@@ -1,13 +1,16 @@
-// A rig description file and a radio's reply: the input is the file's text,
-// a zero byte, and the reply's bytes. The file is loaded as the rig button
-// loads it; every record it fills then decodes the reply, with and without
-// the debug log, and the write records take a frequency made from the reply,
-// as the Doppler follow writes one.
+// A rig description file and a radio's reply. An input that starts with the
+// byte 01 holds the reply's length (at most 64), the reply, then the file;
+// any other input is a file alone, so real rig files (UTF-16 ones too) serve
+// as seeds as they are. The file is loaded as the rig button loads it; every
+// record it fills then decodes the reply, with and without the debug log,
+// and the write records take a frequency made from the reply, as the Doppler
+// follow writes one.
 #include "fuzz_support.h"
 #include "rig/rig_engine.h"
 #include "rig/rig_loader.h"
 #include "rig/rig_survey.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <vector>
@@ -18,8 +21,10 @@ static void fuzz_decode_table(const RigCommand *table, int count, const std::vec
     {
         if (table[i].code_length > 0)
         {
-            // A copy of exactly the reply, so a read past its end is caught.
+            // A copy of exactly the reply, so a read past its end is caught;
+            // an empty one still has storage, as the engine's buffer does.
             std::vector<uint8_t> copy(reply);
+            copy.reserve(1);
             rig_decode_reply(&table[i], copy.data(), (int)copy.size(), log);
         }
     }
@@ -29,14 +34,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     fuzz_setup();
     static FILE *log = fopen("/dev/null", "w");
-    const uint8_t *split = (const uint8_t *)memchr(data, 0, size);
-    size_t text_size = split ? (size_t)(split - data) : size;
-    size_t reply_at = split ? text_size + 1 : size;
-    size_t reply_size = size - reply_at < RIG_REPLY_SIZE ? size - reply_at : RIG_REPLY_SIZE;
-    std::vector<uint8_t> reply(data + reply_at, data + reply_at + reply_size);
+    size_t reply_size = 0;
+    size_t file_at = 0;
+    if (size >= 2 && data[0] == 0x01)
+    {
+        reply_size = std::min({(size_t)data[1], (size_t)RIG_REPLY_SIZE, size - 2});
+        file_at = 2 + reply_size;
+    }
+    std::vector<uint8_t> reply(data + file_at - reply_size, data + file_at);
 
     rig_reset();
-    rig_load_path(fuzz_scratch_file(data, text_size), 0);
+    rig_load_path(fuzz_scratch_file(data + file_at, size - file_at), 0);
     fuzz_decode_table(rig_init, RIG_INIT_COUNT, reply, nullptr);
     fuzz_decode_table(rig_status, RIG_STATUS_COUNT, reply, log);
 
