@@ -75,8 +75,10 @@ static double position_offset_and_table(double degrees, double offset, const dou
     {
         value -= 360.0;
     }
-    int row = (int)std::floor(value / 10.0);
-    row = row < 0 ? 0 : row > last_row ? last_row : row;
+    // Clamped before it becomes a row number: a 32-bit count of noise lies
+    // millions of turns out, far beyond what an int holds.
+    double step = std::floor(value / 10.0);
+    int row = !(step >= 0.0) ? 0 : step > last_row ? last_row : (int)step;
     return value + table[row];
 }
 

@@ -38,6 +38,12 @@ static int rig_hex_digit(char c)
     return c >= '0' && c <= '9' ? c - '0' : c - 55;
 }
 
+// Two digits as one byte; a stray digit's negative value wraps like any other.
+static uint8_t rig_hex_byte(char high, char low)
+{
+    return (uint8_t)(((unsigned)rig_hex_digit(high) << 4) + (unsigned)(low ? rig_hex_digit(low) : 0));
+}
+
 int rig_read_hex_list(const char *text, uint8_t *bytes, int size)
 {
     int count = 0;
@@ -49,9 +55,7 @@ int rig_read_hex_list(const char *text, uint8_t *bytes, int size)
             continue;
         }
         // A lone last digit is taken as the high half of a byte.
-        int high = rig_hex_digit(p[0]);
-        int low = p[1] ? rig_hex_digit(p[1]) : 0;
-        bytes[count++] = (uint8_t)((high << 4) + low);
+        bytes[count++] = rig_hex_byte(p[0], p[1]);
         p += p[1] ? 2 : 1;
     }
     return count;
@@ -177,7 +181,7 @@ static void rig_load_reply(const RigFile *file, RigCommand *record, const char *
         if (record->is_hex)
         {
             // Only the first two digits count, however long the text.
-            record->reply_end = (uint8_t)((rig_hex_digit(end[0]) << 4) + (end[1] ? rig_hex_digit(end[1]) : 0));
+            record->reply_end = rig_hex_byte(end[0], end[1]);
             if (log)
             {
                 fprintf(log, "ReplyEnd=%02X\n", record->reply_end);

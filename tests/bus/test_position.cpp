@@ -28,6 +28,7 @@ TEST(PositionCorrection, OffsetWrapTableAndClampsPerAxis)
         {0, 19.99, 0.0, 1, 0.1, 20.09, "row 1 holds 10 up to but not including 20"},
         {0, 20.0, 0.0, 2, 0.2, 20.2, "20 starts row 2"},
         {0, -400.0, 0.0, 0, 0.0, 0.0, "the wrap is done once only"},
+        {0, 1.5e12, 0.0, 35, 0.0, 360.0, "a count of noise far past a turn takes the last row"},
         {1, 45.0, 0.0, 4, 0.5, 45.5, "elevation takes its row"},
         {1, 350.0, 0.0, 9, 0.5, -9.5, "350 takes row 9 and reads -10 plus the entry"},
         {1, 120.0, 0.0, 9, 1.0, 121.0, "from 100 on every value takes row 9"},

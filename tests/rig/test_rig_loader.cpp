@@ -64,6 +64,12 @@ TEST_F(RigLoader, HexAndAsciiCommandsReplyEndsAndValidate)
     EXPECT_EQ(s[1].has_reply_end * 256 + s[1].reply_end, 256 + ';');
     EXPECT_EQ(text(s[1].validate, s[1].validate_length, 0), "IF....;");
     EXPECT_EQ(code(s[2]), "FA");
+
+    // A stray character in a hex list gives a wrong byte, not a stop, in a
+    // command and in a ReplyEnd alike.
+    load("[STATUS]\nCommand=!!FD\nReplyLength=0\nReplyEnd=!F\n");
+    EXPECT_EQ(code(s[0]), "8AFD");
+    EXPECT_EQ(s[0].reply_end, 0xAF);
 }
 
 TEST_F(RigLoader, ValueParts)
