@@ -166,13 +166,22 @@ void WxConfigDialog::buildSensorRows(QGridLayout *grid)
     BarometerUnits = unit_box(grid, "BarometerUnits", "mb", "in Hg", weather.BarometerUnits, 5);
     AltimeterUnits = unit_box(grid, "AltimeterUnits", "meters", "feet", weather.AltimeterUnits, 6);
 
-    // HI beside the wind speed, LO and HI beside direction and temperature.
-    heading(grid, "WindSpeedAlarmHighLabel", "HI", 2, 3);
-    WindSpeedAlarmHighEdit = value_button(grid, "WindSpeedAlarmHighEdit", limit_text(weather.WindSpeedAlarmHigh), 2, 4);
+    // HI beside the wind speed, LO and HI beside direction and temperature,
+    // each pair in the same columns.
+    QGridLayout *speed = new QGridLayout;
     QGridLayout *direction = new QGridLayout;
     QGridLayout *temperature = new QGridLayout;
-    grid->addLayout(direction, 3, 3, 1, 2);
-    grid->addLayout(temperature, 4, 3, 1, 2);
+    int row = 2;
+    for (QGridLayout *limits : {speed, direction, temperature})
+    {
+        limits->setColumnMinimumWidth(0, 24);
+        limits->setColumnMinimumWidth(1, 84);
+        limits->setColumnMinimumWidth(2, 24);
+        limits->setColumnMinimumWidth(3, 84);
+        grid->addLayout(limits, row++, 3, 1, 2);
+    }
+    heading(speed, "WindSpeedAlarmHighLabel", "HI", 0, 2);
+    WindSpeedAlarmHighEdit = value_button(speed, "WindSpeedAlarmHighEdit", limit_text(weather.WindSpeedAlarmHigh), 0, 3);
     heading(direction, "WindDirectionAlarmLowLabel", "LO", 0, 0);
     WindDirectionAlarmLowEdit =
         value_button(direction, "WindDirectionAlarmLowEdit", limit_text(weather.WindDirectionAlarmLow), 0, 1);

@@ -68,51 +68,6 @@ class WeatherPanel : public ::testing::Test
     }
 };
 
-TEST_F(WeatherPanel, ReadingsReachLabelsAndDialsInTheChosenUnits)
-{
-    weather.WindSpeedUnits = WX_UNITS_SECOND;
-    weather_show_wind_speed(129, 0);
-    EXPECT_STREQ("  7 mph", panel_last_text[PANEL_WIND_SPEED]);
-    weather.WindSpeedUnits = WX_UNITS_FIRST;
-    weather_show_wind_speed(129, 1);
-    EXPECT_STREQ(" 12 km/h", panel_last_text[PANEL_WIND_SPEED]);
-    // The word field is two wide, so "E" ends in a blank.
-    weather_show_wind_direction(1200, 0);
-    EXPECT_STREQ("120 E ", panel_last_text[PANEL_WIND_DIRECTION]);
-    weather_show_wind_direction(3400, 0);
-    EXPECT_STREQ("340 N ", panel_last_text[PANEL_WIND_DIRECTION]);
-    weather_show_thermometer(-100, 0);
-    EXPECT_STREQ("-10.0 C", panel_last_text[PANEL_THERMOMETER]);
-    weather.ThermometerUnits = WX_UNITS_SECOND;
-    weather_show_thermometer(-100, 0);
-    EXPECT_STREQ("14.0 F", panel_last_text[PANEL_THERMOMETER]);
-}
-
-TEST_F(WeatherPanel, EachDialIsRepaintedOnlyOnItsOwnPage)
-{
-    struct
-    {
-        int slider;
-        int dial;
-    } pages[] = {{1, DIAL_WIND_SPEED}, {1, DIAL_WIND_DIRECTION}, {2, DIAL_TEMPERATURE}, {3, DIAL_ALTIMETER},
-                 {2, DIAL_BAROMETER},  {3, DIAL_BAROMETER}};
-    for (auto page : pages)
-    {
-        for (int slider = 0; slider < 4; slider++)
-        {
-            panel_record_start();
-            weather_show_wind_speed(100, slider);
-            weather_show_wind_direction(100, slider);
-            weather_show_thermometer(100, slider);
-            weather_show_altimeter(100, slider);
-            weather_show_barometer(1000000, slider);
-            int repainted = panel_dial_repaints[page.dial] > 0;
-            int barometer_page = page.dial == DIAL_BAROMETER && (slider == 2 || slider == 3);
-            EXPECT_EQ(slider == page.slider || barometer_page, repainted) << page.dial << " at " << slider;
-        }
-    }
-}
-
 TEST_F(WeatherPanel, LatchesSetOnTheirBandsAndStaySetUntilTaken)
 {
     // The defaults (all limits 0): every speed alarms, north alone is in the
@@ -179,31 +134,31 @@ static void count_polls(int ticks, int counts[CYCLE_GROUP_COUNT])
     }
 }
 
-TEST_F(WeatherPanel, IntervalsPassTheirCountStrictlyAndCountersClearEvenWhenOff)
+// The gates themselves are the cycle's; here, what the weather record makes
+// of them.
+TEST_F(WeatherPanel, OnlyPolledSensorsOfAnAddressedStationFallDue)
 {
     weather.WxStationAddr = 4;
-    weather.WindSpeed = weather.WindDirection = weather.Thermometer = weather.Altimeter = true;
-    weather.Barometer = false;
+    weather.WindSpeed = weather.WindDirection = true;
     weather.WindDirectionInterval = 0;
     int counts[CYCLE_GROUP_COUNT] = {};
     refresh_now = 0;
-    count_polls(210, counts); // 10.5 s
-    EXPECT_EQ(70, counts[CYCLE_WIND_SPEED]);     // 100 ms: every 150 ms
-    EXPECT_EQ(210, counts[CYCLE_WIND_DIRECTION]); // 0: every tick
-    EXPECT_EQ(10, counts[CYCLE_THERMOMETER]);    // 1000 ms: every 1050 ms
-    EXPECT_EQ(1, counts[CYCLE_ALTIMETER]);       // 10000 ms: every 10050 ms
-    EXPECT_EQ(0, counts[CYCLE_BAROMETER]);       // off: never
-    // The barometer's counter was cleared at each of its turns all the same:
-    // switched on now, it is due in 1050 ms, not at once.
-    weather.Barometer = true;
+    count_polls(42, counts);
+    EXPECT_EQ(14, counts[CYCLE_WIND_SPEED]);
+    EXPECT_EQ(42, counts[CYCLE_WIND_DIRECTION]); // an interval of 0 polls in each tick
+    EXPECT_EQ(0, counts[CYCLE_THERMOMETER] + counts[CYCLE_BAROMETER] + counts[CYCLE_ALTIMETER]);
+    // The thermometer's counter was cleared at each of its turns all the
+    // same: switched on now, it is due 1050 ms later, not at once.
+    weather.Thermometer = true;
     int more[CYCLE_GROUP_COUNT] = {};
     count_polls(20, more);
-    EXPECT_EQ(0, more[CYCLE_BAROMETER]);
+    EXPECT_EQ(0, more[CYCLE_THERMOMETER]);
     count_polls(1, more);
-    EXPECT_EQ(1, more[CYCLE_BAROMETER]);
+    EXPECT_EQ(1, more[CYCLE_THERMOMETER]);
 
-    // Without an address nothing is due, the calibration included.
+    // Without an address nothing is due, the calibration word included.
     weather.WxStationAddr = -1;
+    weather.calibration_pending = 1;
     int none[CYCLE_GROUP_COUNT] = {};
     refresh_now = 1;
     count_polls(300, none);
@@ -274,14 +229,15 @@ class WeatherSim : public SimBus
 
 TEST_F(WeatherSim, TheStationsSensorsDriveThePanelAndAnOffSensorIsNeverAsked)
 {
-    control("weather speed 25.9");
-    control("weather direction 200");
-    control("weather temperature -3.5");
+    // The word field is two wide, so "E" ends in a blank.
+    control("weather speed 12.9");
+    control("weather direction 120");
+    control("weather temperature -10");
     control("weather pressure 1000");
     run_ticks(25);
-    EXPECT_STREQ(" 25 km/h", panel_last_text[PANEL_WIND_SPEED]);
-    EXPECT_STREQ("200 S ", panel_last_text[PANEL_WIND_DIRECTION]);
-    EXPECT_STREQ("-3.5 C", panel_last_text[PANEL_THERMOMETER]);
+    EXPECT_STREQ(" 12 km/h", panel_last_text[PANEL_WIND_SPEED]);
+    EXPECT_STREQ("120 E ", panel_last_text[PANEL_WIND_DIRECTION]);
+    EXPECT_STREQ("-10.0 C", panel_last_text[PANEL_THERMOMETER]);
     EXPECT_EQ(1000000u, pressure_raw);
     EXPECT_EQ(0, frames_seen("> F4 1B")); // the altimeter is off
     // The calibration word went out once, at the first tick.
@@ -290,9 +246,11 @@ TEST_F(WeatherSim, TheStationsSensorsDriveThePanelAndAnOffSensorIsNeverAsked)
 
     weather.WindSpeedUnits = WX_UNITS_SECOND;
     weather.ThermometerUnits = WX_UNITS_SECOND;
+    control("weather direction 340");
     run_ticks(25);
-    EXPECT_STREQ(" 15 mph", panel_last_text[PANEL_WIND_SPEED]);
-    EXPECT_STREQ("25.7 F", panel_last_text[PANEL_THERMOMETER]);
+    EXPECT_STREQ("  7 mph", panel_last_text[PANEL_WIND_SPEED]);
+    EXPECT_STREQ("340 N ", panel_last_text[PANEL_WIND_DIRECTION]);
+    EXPECT_STREQ("14.0 F", panel_last_text[PANEL_THERMOMETER]);
 }
 
 TEST_F(WeatherSim, ASilentStationKeepsTheLastReadingsAndSaysNothing)
