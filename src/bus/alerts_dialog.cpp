@@ -10,7 +10,6 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
-#include <cmath>
 #include <cstdio>
 
 static QComboBox *alert_box(QGridLayout *grid, const QString &name, const char *(*text)(int), int count, int index,
