@@ -4,13 +4,19 @@
 #include "bus/alerts_dialog.h"
 #include "bus/weather.h"
 #include "bus/weather_dialog.h"
+#include "core/mainwindow.h"
+#include "core/settings.h"
 #include "core/state.h"
 #include "support/test_env.h"
 #include "widgets/enter.h"
 
+#include <QAction>
+#include <QApplication>
 #include <QComboBox>
+#include <QMenuBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTimer>
 #include <gtest/gtest.h>
 
 class WeatherDialogs : public ::testing::Test
@@ -126,4 +132,44 @@ TEST_F(WeatherDialogs, AlertsSwitchActionAndTriggerReArmButNameAndThresholdDoNot
     dialog.threshold_edits[2]->click();
     EXPECT_DOUBLE_EQ(15.6, alerts[2].Threshold);
     EXPECT_EQ("15.6", dialog.threshold_edits[2]->text().toStdString());
+}
+
+// Wiring only: the menu's two entries, and what the window does after each
+// dialog closes.
+TEST_F(WeatherDialogs, TheMenuOpensBothAndWeatherAsksForTheCalibrationEitherWay)
+{
+    test_clear_settings();
+    MainWindow window(0);
+    window.timer->stop();
+    window.MenuButtonPressed();
+    QStringList entries;
+    for (QAction *action : window.menu_bar->findChildren<QAction *>())
+    {
+        entries << action->text();
+    }
+    EXPECT_TRUE(entries.contains("Alerts") && entries.contains("Weather")) << entries.join(",").toStdString();
+
+    static int accept;
+    auto close_dialog = [] {
+        QTimer::singleShot(0, [] {
+            QDialog *d = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+            accept ? d->accept() : d->reject();
+        });
+    };
+    weather.calibration_pending = 0;
+    weather.WxStationAddr = 6;
+    accept = 0;
+    close_dialog();
+    window.WxConfig();
+    EXPECT_EQ(1, weather.calibration_pending);
+    std::string path = std::string(settings_directory()) + ini_file_name;
+    EXPECT_EQ(std::string::npos, test_read_file(path).find("WxStationAddr=6"));
+    accept = 1;
+    close_dialog();
+    window.WxConfig();
+    EXPECT_NE(std::string::npos, test_read_file(path).find("WxStationAddr=6"));
+    alerts[2].Action = ACTION_ADDR_1;
+    close_dialog();
+    window.Alerts();
+    EXPECT_NE(std::string::npos, test_read_file(path).find("Alert3Action=6"));
 }
