@@ -234,19 +234,32 @@ TEST(AlertsOnTheMount, AWindAlarmWithParkParksTheMountAndTrackTakesItBack)
     }
     EXPECT_NEAR(180, sim.station.mount.az, 1);
     EXPECT_NEAR(80, sim.station.mount.el, 1);
-    EXPECT_EQ(0, park_active);
     EXPECT_EQ(0, auto_tracking);
 
-    b.Triggered = 0;
-    for (int tick = 0; tick < 2400 && std::fabs(sim.station.mount.el - 30) > 0.5; tick++)
+    // Track while the wind alarm parks again: AUTO takes over in mid-move,
+    // and the axes turn back to the source instead of running on.
+    a.Triggered = 0;
+    weather_show_wind_speed(700, 0);
+    sim.station.mount.az = 100;
+    sim.station.mount.el = 30;
+    for (int tick = 0; tick < 2400 && (tick <= 200 || std::fabs(sim.station.mount.el - 30) > 0.5 ||
+                                        sim.station.mount.el_rate != 0);
+         tick++)
     {
         if (tick % 11 == 0)
         {
             alerts_evaluate(alerts);
         }
+        if (tick == 200)
+        {
+            b.Triggered = 0; // armed while PARK moves the mount up
+            EXPECT_EQ(1, park_active);
+            EXPECT_GT(sim.station.mount.el, 35);
+        }
         drive_sim_tick(&sim);
     }
     EXPECT_EQ(1, auto_tracking);
     EXPECT_NEAR(30, sim.station.mount.el, 0.5);
+    EXPECT_NEAR(100, sim.station.mount.az, 0.5);
     drive_sim_stop();
 }
