@@ -16,7 +16,9 @@
 // station, which has no key of its own.
 #include "astro/sources_dialog.h"
 #include "bus/calibration_dialog.h"
+#include "bus/alerts_dialog.h"
 #include "bus/encoder_dialog.h"
+#include "bus/weather_dialog.h"
 #include "core/ini_file.h"
 #include "core/settings.h"
 #include "sim/pty_server.h"
@@ -45,6 +47,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QSlider>
 #include <QThread>
 #include <QWidget>
 #include <cstdio>
@@ -109,6 +112,26 @@ static int shot_dialog(QDialog *dialog, const QString &dir, const char *name)
     return status;
 }
 
+// The weather pages of the dial stacks, each after the cycle has shown it.
+static int shot_dial_pages(MainWindow *window, const QString &dir)
+{
+    static const char *const names[3] = {"panel_wind", "panel_temperature", "panel_altimeter"};
+    QSlider *slider = window->findChild<QSlider *>("panelSlider");
+    int status = 0;
+    for (int page = 1; page <= 3 && slider; page++)
+    {
+        slider->setValue(page);
+        shot_settle(1200);
+        status |= shot_write(window, dir, names[page - 1]);
+    }
+    if (slider)
+    {
+        slider->setValue(0);
+        shot_settle(100);
+    }
+    return status;
+}
+
 // A fresh home sends no self report, whatever station --set makes, and gets
 // the simulated station on its bus, with the encoders at addresses 0 and 1,
 // so the bus dialogs show devices. 1 with the simulator, 0 without it.
@@ -127,6 +150,12 @@ static int shot_fresh_home(SimServer *sim)
         ini_set(&ini, "SEI", "PortName", sim->device);
         ini_set_int(&ini, "ANTENNA", "AZ_Addr", 0);
         ini_set_int(&ini, "ANTENNA", "EL_Addr", 1);
+        // The simulated weather station at 4, every sensor polled.
+        ini_set_int(&ini, "WXSTATION", "WxStationAddr", 4);
+        for (const char *sensor : {"WindSpeed", "WindDirection", "Thermometer", "Barometer", "Altimeter"})
+        {
+            ini_set_bool(&ini, "WXSTATION", sensor, 1);
+        }
     }
     ini_write(path, &ini);
     return simulated;
@@ -296,6 +325,7 @@ int main(int argc, char *argv[])
         window.show();
         shot_settle(run_seconds > 0 ? run_seconds * 1000 : 300);
         status |= shot_write(&window, out, "panel");
+        status |= shot_dial_pages(&window, out);
 
         AboutDialog about(&window);
         status |= shot_dialog(&about, out, "about");
@@ -354,6 +384,12 @@ int main(int argc, char *argv[])
 
         CalibrationDialog calibration(&window);
         status |= shot_dialog(&calibration, out, "calibration");
+
+        WxConfigDialog weather_dialog(&window);
+        status |= shot_dialog(&weather_dialog, out, "weather");
+
+        AlertsConfigDialog alerts_dialog(&window);
+        status |= shot_dialog(&alerts_dialog, out, "alerts");
     }
     if (simulated)
     {

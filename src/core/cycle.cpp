@@ -1,5 +1,6 @@
 #include "core/cycle.h"
 
+#include "bus/weather.h"
 #include "core/state.h"
 #include "core/watchdog.h"
 #include "remote/easycomm.h"
@@ -24,6 +25,7 @@ CycleConditions cycle_conditions_now(void)
     c.easycomm_active = easycomm.active;
     c.rotctl_running = settings.GpredictActive && gpredict_running;
     c.pst_running = settings.PstActive && pstrotator_running;
+    weather_cycle_conditions(&c);
     return c;
 }
 

@@ -425,6 +425,15 @@ void park_control(int on)
     panel_style(PANEL_STOP, STYLE_GRAY);
 }
 
+static double axis_travel_sign(const DriveAxis *a)
+{
+    if (*a->drive_on != 1)
+    {
+        return 0;
+    }
+    return *a->direction == a->increasing.direction ? 1 : -1;
+}
+
 void drive_auto_pressed(void)
 {
     if (auto_tracking)
@@ -441,8 +450,10 @@ void drive_auto_pressed(void)
     auto_tracking = 1;
     panel_style(PANEL_AUTO, STYLE_DARKGREEN);
     // A fresh start has no direction of travel yet, so no overshoot to judge.
-    az_start_error = 0;
-    el_start_error = 0;
+    // An axis still running PARK's move has one: a target the other way
+    // stops it at the next step, instead of letting it run on to its limit.
+    az_start_error = axis_travel_sign(&azimuth);
+    el_start_error = axis_travel_sign(&elevation);
 }
 
 void drive_park_pressed(void)

@@ -1,11 +1,16 @@
 #include "core/mainwindow.h"
 
 #include "astro/sources_dialog.h"
+#include "bus/alerts.h"
+#include "bus/alerts_dialog.h"
 #include "bus/calibration_dialog.h"
 #include "bus/encoder_dialog.h"
 #include "bus/position.h"
 #include "bus/sei_commands.h"
 #include "bus/sei_link.h"
+#include "bus/remote_display.h"
+#include "bus/weather.h"
+#include "bus/weather_dialog.h"
 #include "core/about_dialog.h"
 #include "core/antenna_dialog.h"
 #include "core/cycle.h"
@@ -16,6 +21,7 @@
 #include "core/panel_slots.h"
 #include "core/pass_log.h"
 #include "core/position_group.h"
+#include "core/sensor_groups.h"
 #include "core/settings.h"
 #include "core/state.h"
 #include "remote/easycomm.h"
@@ -100,10 +106,13 @@ MainWindow::MainWindow(int instance, QWidget *parent)
     connectButtons();
 
     LoadSettings(ini_file_name, &settings);
+    weather_load(ini_file_name, &weather);
+    alerts_load(ini_file_name, alerts);
     easycomm_load_settings(ini_file_name, &easycomm);
 
     // Rig control always starts off; the operator switches it on with the rig button.
     settings.OmniRigActive = 0;
+    weather.calibration_pending = 1;
 
     createDials();
     UpdateDisplay();
@@ -149,6 +158,10 @@ MainWindow::~MainWindow()
     sei_sleep(SEI_BROADCAST);
     sei_close();
     SaveSettings(ini_file_name, &settings);
+    // The weather and alert sections are written whole too, so the file shows
+    // every key an operator may edit.
+    weather_save(ini_file_name, &weather);
+    alerts_save(ini_file_name, alerts);
     pass_log_close();
     // Every link closes with the window: a listener left open would keep its
     // port from the next window of this process, and the serial line from
@@ -307,7 +320,9 @@ void MainWindow::createMenus(void)
     connect(configure->addAction(tr("HomeStation")), &QAction::triggered, this, &MainWindow::HomeStation);
     connect(configure->addAction(tr("Sources")), &QAction::triggered, this, &MainWindow::SourcesDisplay);
     connect(configure->addAction(tr("Dx Station")), &QAction::triggered, this, &MainWindow::DxStation);
+    connect(configure->addAction(tr("Alerts")), &QAction::triggered, this, &MainWindow::Alerts);
     connect(configure->addAction(tr("EasyComm")), &QAction::triggered, this, &MainWindow::EasyComm);
+    connect(configure->addAction(tr("Weather")), &QAction::triggered, this, &MainWindow::WxConfig);
     connect(configure->addAction(tr("Rig Control")), &QAction::triggered, this, &MainWindow::RigControl);
     connect(configure->addAction(tr("Date and Time")), &QAction::triggered, this, &MainWindow::SetDateTime);
     QMenu *encoders = menu_bar->addMenu(tr("Encoders"));
@@ -352,6 +367,7 @@ void MainWindow::TimerEvent(void)
     actions.run[CYCLE_ROTCTL] = cycle_run_rotctl;
     actions.run[CYCLE_PSTROTATOR] = cycle_run_pstrotator;
     actions.run[CYCLE_PANEL_PAGE] = cycle_run_panel_page;
+    sensor_groups_wire(&actions, ui->panelSlider->value());
     CycleConditions conditions = cycle_conditions_now();
     cycle_tick(&actions, &conditions);
 }
@@ -359,6 +375,44 @@ void MainWindow::TimerEvent(void)
 void MainWindow::DisplayGroup(int source)
 {
     display_group(source, ui->panelSlider->value());
+    EvaluateAlerts();
+}
+
+void MainWindow::EvaluateAlerts(void)
+{
+    alerts_evaluate(alerts);
+}
+
+void MainWindow::UpdateRemoteDisplay(void)
+{
+    remote_display_update();
+}
+
+// Polling and the alerts go on while the dialogs are open, and Cancel takes
+// nothing back; OK saves the section.
+void MainWindow::Alerts(void)
+{
+    AlertsConfigDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        alerts_save(ini_file_name, alerts);
+        UpdateDisplay();
+    }
+}
+
+// The barometer gets its calibration word again after every visit, in case
+// it was changed.
+void MainWindow::WxConfig(void)
+{
+    WxConfigDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+    {
+        weather_save(ini_file_name, &weather);
+        UpdateDisplay();
+        weather_dial_limits();
+        weather_dial_repaint_page(ui->panelSlider->value());
+    }
+    weather.calibration_pending = 1;
 }
 
 void MainWindow::PositionGroup(int source)

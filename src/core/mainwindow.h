@@ -90,6 +90,10 @@ class MainWindow : public QMainWindow
     void Calibration(void);
     void SkyMap(void);
     void About(void);
+    void Alerts(void);
+    void WxConfig(void);
+    void UpdateRemoteDisplay(void);
+    void EvaluateAlerts(void);
 
   private:
     void registerPanel(void);

@@ -1,5 +1,9 @@
 #include "core/state.h"
 
+#include "bus/alerts.h"
+#include "bus/remote_display.h"
+#include "bus/weather.h"
+#include "bus/wind_stow.h"
 #include "core/watchdog.h"
 
 #include <cstdio>
@@ -68,9 +72,16 @@ int32_t SeiDebug, SeiDebugVerbose;
 
 uint16_t adc_samples[4][5];
 
-WeatherSettings weather = {-1, false, false};
+static WeatherSettings weather_start(void)
+{
+    WeatherSettings w;
+    weather_defaults(&w);
+    return w;
+}
+WeatherSettings weather = weather_start();
+uint16_t wind_speed_raw, wind_direction_raw;
 int16_t temperature_raw;
-uint32_t pressure_raw;
+uint32_t pressure_raw, altitude_raw;
 
 SourceRecord *source_row(int source)
 {
@@ -140,9 +151,13 @@ void state_reset(void)
     trace_debug = 0;
     SeiDebug = SeiDebugVerbose = 0;
     memset(adc_samples, 0, sizeof adc_samples);
-    weather = {-1, false, false};
+    weather_defaults(&weather);
+    wind_speed_raw = wind_direction_raw = 0;
     temperature_raw = 0;
-    pressure_raw = 0;
+    pressure_raw = altitude_raw = 0;
+    alerts_reset();
+    remote_display_reset();
+    wind_stow_reset();
 }
 
 const char *TimeText(const struct tm *fields)

@@ -256,17 +256,47 @@ extern int32_t SeiDebug, SeiDebugVerbose;
 // Analogue samples of the four ADC channels, cleared at start.
 extern uint16_t adc_samples[4][5];
 
-// The weather station as far as the sky needs it: the bus address (-1 for
-// none), which sensors are polled, and their last raw readings.
+// The weather station at one bus address (-1 turns all polling off): which
+// sensors are polled and how often, the units shown, the alarm limits and the
+// latches the alerts take. Units are indices: 0 km/h, Deg C, mb, meters; 1 mph,
+// Deg F, inHg, feet. The wind stow keys are this station's own.
 struct WeatherSettings
 {
     int32_t WxStationAddr;
+    bool WindSpeed;
+    bool WindDirection;
     bool Thermometer;
     bool Barometer;
+    bool Altimeter;
+    int32_t WindSpeedUnits;
+    int32_t ThermometerUnits;
+    int32_t BarometerUnits;
+    int32_t AltimeterUnits;
+    int32_t WindSpeedInterval; // ms
+    int32_t WindDirectionInterval;
+    int32_t ThermometerInterval;
+    int32_t BarometerInterval;
+    int32_t AltimeterInterval;
+    uint8_t calibration_pending; // the calibration word is still to be sent
+    uint16_t Calibration;        // passed to the barometer unchanged
+    uint8_t wind_speed_alarm;    // latches, set by the readings, taken by the alerts
+    double WindSpeedAlarmHigh;   // in the units shown
+    uint8_t wind_direction_alarm;
+    double WindDirectionAlarmLow; // degrees
+    double WindDirectionAlarmHigh;
+    uint8_t thermometer_alarm;
+    double ThermometerAlarmLow; // in the units shown
+    double ThermometerAlarmHigh;
+    int32_t WindStow;              // 1: park at the wind alarm level and come back when it calms
+    double WindStowResume;         // the calm level, in the units shown
+    int32_t WindStowResumeMinutes; // how long it must stay calm
 };
 extern WeatherSettings weather;
-extern int16_t temperature_raw; // 0.1 degree C
-extern uint32_t pressure_raw;   // 0.001 mb at the station; 0 until the barometer answers
+extern uint16_t wind_speed_raw;     // 0.1 km/h
+extern uint16_t wind_direction_raw; // 0.1 degree
+extern int16_t temperature_raw;     // 0.1 degree C
+extern uint32_t pressure_raw;       // 0.001 mb at the station; 0 until the barometer answers
+extern uint32_t altitude_raw;       // 0.1 m; 0 until the altimeter answers
 
 // The row of a source. A TrackingSource from a hand-edited file may name no
 // row: it gets a scratch row of zeros, cleared at each call, which is below

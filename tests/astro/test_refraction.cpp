@@ -54,7 +54,9 @@ TEST(Refraction, StationAirFromTheWeatherStationOrTheStandardAtmosphere)
     {
         SCOPED_TRACE(r.why);
         test_reset_state();
-        weather = {r.addr, r.thermometer, r.barometer};
+        weather.WxStationAddr = r.addr;
+        weather.Thermometer = r.thermometer;
+        weather.Barometer = r.barometer;
         temperature_raw = r.temperature_raw;
         pressure_raw = r.pressure_raw;
         double mb, c;
