@@ -46,6 +46,7 @@ TEST_F(Window, DriveButtonsReachTheDrive)
 {
     MainWindow w(0);
     w.timer->stop();
+    text_copy(settings.Grid, sizeof settings.Grid, "JO62sm");
     emit w.ui->autoButton->pressed();
     EXPECT_EQ(1, auto_tracking);
     emit w.ui->AzManualButton->pressed();
@@ -61,6 +62,7 @@ TEST_F(Window, PassLogFollowsAutoAndClosesWithTheWindow)
     {
         MainWindow w(0);
         w.timer->stop();
+        text_copy(settings.Grid, sizeof settings.Grid, "JO62sm");
         emit w.ui->autoButton->pressed();
         for (int tick = 0; tick < 60; tick++)
         {
