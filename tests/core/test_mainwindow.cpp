@@ -6,6 +6,8 @@
 #include "support/test_env.h"
 #include "ui_mainwindow.h"
 
+#include <QAbstractButton>
+#include <QApplication>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -52,6 +54,28 @@ TEST_F(Window, DriveButtonsReachTheDrive)
     emit w.ui->AzManualButton->pressed();
     emit w.ui->leftButton->pressed();
     EXPECT_EQ(DIR_LEFT, az_direction);
+}
+
+// Every style the panel applies keeps the form's bold face, on buttons the
+// drive restyles and on those it leaves alone.
+TEST_F(Window, RestyledButtonsKeepTheFormsBoldWeight)
+{
+    MainWindow w(0);
+    w.timer->stop();
+    text_copy(settings.Grid, sizeof settings.Grid, "JO62sm");
+    w.show();
+    emit w.ui->autoButton->pressed();
+    emit w.ui->AzManualButton->pressed();
+    emit w.ui->TxDopplerButton->pressed();
+    emit w.ui->stopButton->pressed();
+    QApplication::processEvents();
+    const QList<QAbstractButton *> buttons = w.findChildren<QAbstractButton *>();
+    ASSERT_GT(buttons.size(), 20);
+    for (QAbstractButton *b : buttons)
+    {
+        b->ensurePolished();
+        EXPECT_TRUE(b->font().bold()) << b->objectName().toStdString();
+    }
 }
 
 // Wiring only: the position group feeds the pass log, and the window's end
