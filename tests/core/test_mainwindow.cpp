@@ -1,4 +1,9 @@
+#include "astro/sources_dialog.h"
+#include "core/about_dialog.h"
 #include "core/clock.h"
+#include "remote/easycomm_dialog.h"
+#include "rig/rig_dialog.h"
+#include "widgets/touch_style.h"
 #include "core/mainwindow.h"
 #include "core/panel_seam.h"
 #include "core/settings.h"
@@ -7,6 +12,10 @@
 #include "ui_mainwindow.h"
 
 #include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QScroller>
 #include <QApplication>
 #include <csignal>
 #include <cstdlib>
@@ -75,6 +84,40 @@ TEST_F(Window, RestyledButtonsKeepTheFormsBoldWeight)
     {
         b->ensurePolished();
         EXPECT_TRUE(b->font().bold()) << b->objectName().toStdString();
+    }
+}
+
+// The dialogs laid out by us are made for a finger: OK and Cancel a finger
+// high, check boxes a thumb wide, tables that follow a drag.
+TEST_F(Window, FreeDialogsAreTouchSized)
+{
+    MainWindow w(0);
+    w.timer->stop();
+    SourcesDialog sources(&w);
+    RigControlDialog rig(&w);
+    EasyCommDialog easycomm_dialog(&w);
+    AboutDialog about(&w);
+    QDialog *const dialogs[] = {&sources, &rig, &easycomm_dialog, &about};
+    for (QDialog *d : dialogs)
+    {
+        SCOPED_TRACE(d->metaObject()->className());
+        d->show();
+        QApplication::processEvents();
+        const QList<QDialogButtonBox *> boxes = d->findChildren<QDialogButtonBox *>();
+        ASSERT_FALSE(boxes.isEmpty());
+        for (QAbstractButton *b : boxes.first()->buttons())
+        {
+            EXPECT_GE(b->height(), TOUCH_BUTTON_HEIGHT) << b->text().toStdString();
+        }
+        for (QCheckBox *c : d->findChildren<QCheckBox *>())
+        {
+            EXPECT_GE(c->sizeHint().height(), TOUCH_CHECK_SIZE);
+        }
+        for (QAbstractItemView *v : d->findChildren<QAbstractItemView *>())
+        {
+            EXPECT_TRUE(QScroller::hasScroller(v->viewport()));
+        }
+        d->hide();
     }
 }
 
