@@ -10,7 +10,7 @@ MORVANE_BUILD="$MORVANE_ROOT/build"
 # dpkg-dev and file let cpack find the Debian package's dependencies.
 MORVANE_PACKAGES=(cmake make g++ pkg-config qt6-base-dev qt6-serialport-dev libnova-dev
                   libgtest-dev libgmock-dev libbenchmark-dev locales fonts-dejavu-core
-                  netbase libhamlib-utils socat dpkg-dev file)
+                  netbase libhamlib-utils socat dpkg-dev file pngquant)
 # The sanitized build and the fuzzers need clang and its runtimes (libFuzzer,
 # AddressSanitizer, UndefinedBehaviorSanitizer); the scripts that build it add
 # these to the list before installing.

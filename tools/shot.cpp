@@ -4,7 +4,7 @@
 // targets on an 800x480 panel.
 //
 //   morvane-shot [--run SECONDS] [--home DIR] [--utc "YYYY-MM-DD hh:mm:ss"]
-//                [--set SECTION.KEY=VALUE]... [DIR]
+//                [--set SECTION.KEY=VALUE]... [--press NAME]... [DIR]
 //
 // --run lets the panel's own cycle run that long before the picture is taken;
 // --home uses that folder as the home directory (its settings are read and,
@@ -13,7 +13,10 @@
 // that instant for every picture, so the sky map can be laid beside an
 // ephemeris. --set writes a key into the INI file before the window reads it
 // (HOME_DATA.Grid=JO62sm, OVERLAYS.MapOffset=6); DX.Grid=FN31pr makes a DX
-// station, which has no key of its own.
+// station, which has no key of its own. --press NAME presses the panel's
+// control of that name after the run, in the order given (autoButton,
+// parkButton, AzManualButton, ...); pressing panelSlider turns the dial
+// stacks to their next page. Each press gets half a second of the cycle.
 #include "astro/sources_dialog.h"
 #include "bus/calibration_dialog.h"
 #include "bus/alerts_dialog.h"
@@ -43,6 +46,8 @@
 #include "widgets/keypad_dialog.h"
 #include "widgets/time_config_dialog.h"
 
+#include <QAbstractButton>
+#include <QAbstractSlider>
 #include <QApplication>
 #include <QDateTime>
 #include <QDir>
@@ -130,6 +135,28 @@ static int shot_dial_pages(MainWindow *window, const QString &dir)
         shot_settle(100);
     }
     return status;
+}
+
+// Press a named control of the window as a finger would: a button is
+// clicked, a slider moves one step. 0, or -1 when no such control exists.
+static int shot_press(QWidget *window, const char *name)
+{
+    QWidget *w = window->findChild<QWidget *>(QString::fromUtf8(name));
+    if (QAbstractButton *button = qobject_cast<QAbstractButton *>(w))
+    {
+        button->click();
+    }
+    else if (QAbstractSlider *slider = qobject_cast<QAbstractSlider *>(w))
+    {
+        slider->setValue(slider->value() < slider->maximum() ? slider->value() + 1 : slider->minimum());
+    }
+    else
+    {
+        fprintf(stderr, "morvane-shot: no control named \"%s\" to press\n", name);
+        return -1;
+    }
+    shot_settle(500);
+    return 0;
 }
 
 // A fresh home sends no self report, whatever station --set makes, and gets
@@ -243,6 +270,7 @@ int main(int argc, char *argv[])
     const char *home = nullptr;
     const char *dir = ".";
     std::vector<const char *> sets;
+    std::vector<const char *> presses;
     for (int i = 1; i < argc; i++)
     {
         if (strcmp(argv[i], "--run") == 0 && i + 1 < argc)
@@ -267,10 +295,14 @@ int main(int argc, char *argv[])
         {
             sets.push_back(argv[++i]);
         }
+        else if (strcmp(argv[i], "--press") == 0 && i + 1 < argc)
+        {
+            presses.push_back(argv[++i]);
+        }
         else if (argv[i][0] == '-')
         {
             fprintf(stderr, "usage: morvane-shot [--run SECONDS] [--home DIR] [--utc \"YYYY-MM-DD hh:mm:ss\"]\n"
-                            "                    [--set SECTION.KEY=VALUE]... [DIR]\n");
+                            "                    [--set SECTION.KEY=VALUE]... [--press NAME]... [DIR]\n");
             return 2;
         }
         else
@@ -324,6 +356,10 @@ int main(int argc, char *argv[])
         }
         window.show();
         shot_settle(run_seconds > 0 ? run_seconds * 1000 : 300);
+        for (const char *name : presses)
+        {
+            status |= shot_press(&window, name) != 0;
+        }
         status |= shot_write(&window, out, "panel");
         status |= shot_dial_pages(&window, out);
 

@@ -6,6 +6,7 @@
 #include "core/state.h"
 #include "ui_sources_dialog.h"
 #include "widgets/enter.h"
+#include "widgets/touch_style.h"
 
 #include <QColor>
 #include <QTableWidgetItem>
@@ -55,6 +56,7 @@ int sources_cell_editable(int row, int column)
 SourcesDialog::SourcesDialog(QWidget *parent) : QDialog(parent), ui(new Ui::SourcesDialog), timer(new QTimer(this))
 {
     ui->setupUi(this);
+    touch_style_dialog(this);
     setFixedSize(761, 398);
     buildTable();
     ui->tableWidget->setSelectionBehavior(QAbstractItemView::SelectRows);

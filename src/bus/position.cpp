@@ -19,6 +19,7 @@ uint8_t az_index_level, el_index_level;
 uint32_t az_raw, el_raw;
 uint32_t az_last_raw, el_last_raw;
 double az_adc_position, el_adc_position;
+uint8_t az_position_seen, el_position_seen;
 double adc_volts[4] = {1000.0, 1000.0, 0.0, 0.0};
 
 // The variables of one axis, so that both axes share one pass.
@@ -36,8 +37,15 @@ struct AxisState
     uint8_t *changed;
     int32_t address;
     int channel;
-    const char *error_text;
+    uint8_t *seen;
 };
+
+// The status bar's read error: which axes failed by themselves in the last
+// pass (bit 0 azimuth, bit 1 elevation), and the text now shown for it.
+static int position_failed_axes;
+static int position_error_shown;
+static const char *const position_error_texts[4] = {"", "Azimuth read error", "Elevation read error",
+                                                    "Azimuth and elevation read error"};
 
 void position_reset(void)
 {
@@ -50,6 +58,8 @@ void position_reset(void)
     az_raw = el_raw = 0;
     az_last_raw = el_last_raw = 0;
     az_adc_position = el_adc_position = 0.0;
+    az_position_seen = el_position_seen = 0;
+    position_failed_axes = position_error_shown = 0;
     adc_volts[0] = adc_volts[1] = 1000.0;
     adc_volts[2] = adc_volts[3] = 0.0;
 }
@@ -161,7 +171,7 @@ static AxisState position_axis(int elevation)
                 .changed = &az_changed,
                 .address = settings.AZ_Addr,
                 .channel = 0,
-                .error_text = "Azimuth read error"};
+                .seen = &az_position_seen};
     }
     return {.ready = &el_encoder_ready,
             .mode = &el_mode,
@@ -175,7 +185,7 @@ static AxisState position_axis(int elevation)
             .changed = &el_changed,
             .address = settings.EL_Addr,
             .channel = 1,
-            .error_text = "Elevation read error"};
+            .seen = &el_position_seen};
 }
 
 // The analogue reading of the axis's channel, or 0.0 without one. The second
@@ -273,9 +283,11 @@ static int position_encoder(AxisState *axis, double *degrees)
     return 0;
 }
 
+// An axis that failed by itself; one that only shares the azimuth's failure
+// sets its status but names nothing in the status bar.
 static void position_fail(AxisState *axis, int status)
 {
-    panel_status(axis->error_text, 0);
+    position_failed_axes |= axis->channel == 0 ? 1 : 2;
     *axis->read_status = status;
 }
 
@@ -283,6 +295,25 @@ static void position_store(AxisState *axis, int elevation, double degrees)
 {
     *axis->position = elevation ? position_correct_elevation(degrees) : position_correct_azimuth(degrees);
     *axis->read_status = 0;
+    *axis->seen = 1;
+}
+
+// This station's own rule: the status bar names the axis that failed, not
+// the one that only shared its fate (an elevation skipped after a failed
+// azimuth says "Azimuth read error"), names both when both failed, and
+// clears its message once both axes read again.
+static void position_show_errors(void)
+{
+    if (position_failed_axes != 0)
+    {
+        panel_status(position_error_texts[position_failed_axes], 0);
+        position_error_shown = position_failed_axes;
+    }
+    else if (position_error_shown != 0)
+    {
+        panel_status_clear(position_error_texts[position_error_shown]);
+        position_error_shown = 0;
+    }
 }
 
 static void position_read_azimuth(void)
@@ -332,7 +363,7 @@ static void position_read_elevation(void)
     {
         // One bus carries both encoders: when azimuth just failed, elevation
         // would only spend another budget on the same dead line.
-        position_fail(&axis, az_read_status);
+        el_read_status = az_read_status;
         return;
     }
     int status = position_encoder(&axis, &degrees);
@@ -348,8 +379,10 @@ int ReadPosition(void)
 {
     az_read_status = -1;
     el_read_status = -1;
+    position_failed_axes = 0;
     position_read_azimuth();
     position_read_elevation();
+    position_show_errors();
     panel_dial_needle(DIAL_AZIMUTH, 2, az_position);
     panel_dial_needle(DIAL_ELEVATION, 2, el_position);
     return az_read_status != 0 || el_read_status != 0 ? 1 : 0;

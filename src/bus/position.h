@@ -15,6 +15,9 @@ extern uint8_t az_index_level, el_index_level;
 extern uint32_t az_raw, el_raw;
 extern uint32_t az_last_raw, el_last_raw;
 extern double az_adc_position, el_adc_position;
+// 1 once an axis has given a good reading; until then its position is no
+// reading at all, only the start value.
+extern uint8_t az_position_seen, el_position_seen;
 
 // The smoothed voltage of each analogue channel; above 450 means no reading yet.
 extern double adc_volts[4];
@@ -23,7 +26,8 @@ extern double adc_volts[4];
 // ready flags).
 void position_reset(void);
 
-// The whole read pass: both axes, the status bar's read errors, needle 2 of
+// The whole read pass: both axes, the status bar's read error (the axes
+// that failed by themselves, cleared when both read again), needle 2 of
 // both dials. 1 when either axis failed, else 0; az_read_status and
 // el_read_status tell which.
 int ReadPosition(void);

@@ -1,6 +1,7 @@
 #include "core/about_dialog.h"
 
 #include "core/state.h"
+#include "widgets/touch_style.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>
@@ -32,4 +33,5 @@ AboutDialog::AboutDialog(QWidget *parent) : QDialog(parent)
     layout->addWidget(history);
     layout->addWidget(buttons);
     setFixedSize(460, 300);
+    touch_style_dialog(this);
 }

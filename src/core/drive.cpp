@@ -434,6 +434,12 @@ static double axis_travel_sign(const DriveAxis *a)
     return *a->direction == a->increasing.direction ? 1 : -1;
 }
 
+int drive_source_needs_home(int source)
+{
+    return source != SOURCE_USER_AZEL && source != SOURCE_EASYCOMM && source != SOURCE_GPREDICT &&
+           source != SOURCE_PSTROTATOR;
+}
+
 void drive_auto_pressed(void)
 {
     if (auto_tracking)
@@ -442,6 +448,13 @@ void drive_auto_pressed(void)
         panel_style(PANEL_STOP, STYLE_GRAY);
         panel_style(PANEL_AUTO, STYLE_GRAY);
         auto_tracking = 0;
+        return;
+    }
+    // This station's own rule: a computed source without a home station is
+    // worked out for 0 N 0 E, and AUTO would drive the dish there.
+    if (drive_source_needs_home(settings.TrackingSource) && !settings.Grid[0])
+    {
+        panel_status("Set the home station first", 0);
         return;
     }
     park_active = 0;

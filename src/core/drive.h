@@ -57,6 +57,11 @@ void stop_all(int on);
 void park_control(int on);
 
 // The mode buttons.
+// 1 for a source worked out for the home station (Moon, Sun, planets, radio
+// sources, User RA/Dec), 0 for User Az/El and the remote sources.
+int drive_source_needs_home(int source);
+// AUTO on or off; refused, with a word on the status bar, for a source that
+// needs a home station while none is set.
 void drive_auto_pressed(void);
 void drive_park_pressed(void);
 void drive_stop_pressed(void);

@@ -432,6 +432,7 @@ void MainWindow::selectPanel(int pos)
 {
     int page1, page2;
     cycle_panel_pages(pos, &page1, &page2);
+    panel_weather_dials();
     ui->stackedWidget1->setCurrentIndex(page1);
     ui->stackedWidget2->setCurrentIndex(page2);
 }
@@ -715,6 +716,12 @@ void MainWindow::OmniRigButtonPressed(void)
 
 void MainWindow::HomeStationButtonPressed(void)
 {
+    // The button reads "Set home" while there is none, and leads there.
+    if (!settings.Grid[0])
+    {
+        HomeStation();
+        return;
+    }
     doppler_home_pressed();
 }
 

@@ -23,7 +23,8 @@ static void panel_stations(void)
 {
     panel_text(PANEL_CALLSIGN, settings.Callsign);
     panel_text(PANEL_LOCATION, settings.Location);
-    panel_text(PANEL_HOME_STATION, settings.Grid);
+    // An empty button says what it is for; pressed, it opens the dialog.
+    panel_text(PANEL_HOME_STATION, settings.Grid[0] ? settings.Grid : "Set home");
     if (settings.Grid[0])
     {
         home_station_valid = 1;
@@ -168,4 +169,15 @@ void panel_set_user_elevation(double elevation)
     panel_show_source_angle(PANEL_SOURCE_ELEVATION, elevation);
     source_table[SOURCE_USER_AZEL].el = elevation;
     settings.User_Elevation = elevation;
+}
+
+void panel_weather_dials(void)
+{
+    // Needles at 0 on a station without weather read as a calm at 0 degrees;
+    // the words say there is nothing to read.
+    int state = weather.WxStationAddr < 0 ? DIAL_NO_DATA : DIAL_LIVE;
+    for (int dial = DIAL_WIND_SPEED; dial <= DIAL_ALTIMETER; dial++)
+    {
+        panel_dial_state(dial, state);
+    }
 }

@@ -5,6 +5,8 @@
 // Redraw what does not change with the cycle: names, station buttons, the
 // Doppler and rig buttons' colours, the MAN/AUTO buttons.
 void panel_update_display(void);
+// The weather dials' state: "no data" while no weather station is set up.
+void panel_weather_dials(void);
 
 // A touched angle cut to the limits. Limits that run through north are not
 // treated apart: the touch is for setting a fixed direction, not for driving.

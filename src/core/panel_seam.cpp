@@ -1,5 +1,6 @@
 #include "core/panel_seam.h"
 
+#include "core/state.h"
 #include "widgets/compass.h"
 
 #include <QAbstractButton>
@@ -14,10 +15,16 @@ static int panel_shown_style[PANEL_COUNT];
 static const PanelWatcher *panel_watcher;
 static Compass *panel_dials[DIAL_COUNT];
 static QStatusBar *panel_status_bar;
+// The status text last written, for a clear that must not wipe another's message.
+static char panel_shown_status[128];
 
+// Every style names the weight of the form (bold): a style sheet that names
+// none lets the restyled button fall back to a regular face while its
+// neighbours stay bold.
+#define PANEL_WEIGHT " font-weight: bold;"
 #define PANEL_GRADIENT(colour)                                                                                     \
     "background-color: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 black, stop:0.9 " colour                     \
-    ", stop:1 white); color:white; border-radius:5px;"
+    ", stop:1 white); color:white; border-radius:5px;" PANEL_WEIGHT
 
 const char *panel_style_text(int style)
 {
@@ -26,10 +33,11 @@ const char *panel_style_text(int style)
         PANEL_GRADIENT("gray"),
         PANEL_GRADIENT("DarkRed"),
         PANEL_GRADIENT("DarkGreen"),
-        "background-color: black; color:red; border-radius:5px;",
-        "background-color: black; color:green; border-radius:5px;",
-        "background-color: white; color:black;",
-        "background-color: green; color:white;",
+        "background-color: black; color:red; border-radius:5px;" PANEL_WEIGHT,
+        "background-color: black; color:green; border-radius:5px;" PANEL_WEIGHT,
+        "background-color: white; color:black;" PANEL_WEIGHT,
+        "background-color: green; color:white;" PANEL_WEIGHT,
+        "background-color: black; color:gray; border-radius:5px;" PANEL_WEIGHT,
     };
     return style >= 0 && style < STYLE_COUNT ? texts[style] : "";
 }
@@ -122,9 +130,18 @@ void panel_status(const char *text, int timeout_ms)
     {
         panel_watcher->status(text ? text : "");
     }
+    text_copy(panel_shown_status, sizeof panel_shown_status, text ? text : "");
     if (panel_status_bar)
     {
         panel_status_bar->showMessage(QString::fromUtf8(text ? text : ""), timeout_ms);
+    }
+}
+
+void panel_status_clear(const char *text)
+{
+    if (text && panel_shown_status[0] && strcmp(panel_shown_status, text) == 0)
+    {
+        panel_status("", 0);
     }
 }
 
@@ -183,6 +200,26 @@ void panel_dial_repaint(int dial)
     }
 }
 
+static_assert((int)DIAL_LIVE == (int)COMPASS_LIVE && (int)DIAL_STALE == (int)COMPASS_STALE &&
+                  (int)DIAL_NO_DATA == (int)COMPASS_NO_DATA,
+              "the seam hands the dial state on unchanged");
+
+void panel_dial_state(int dial, int state)
+{
+    if (dial < 0 || dial >= DIAL_COUNT)
+    {
+        return;
+    }
+    if (panel_watcher && panel_watcher->dial_state)
+    {
+        panel_watcher->dial_state(dial, state);
+    }
+    if (Compass *c = panel_dials[dial])
+    {
+        c->setState(state);
+    }
+}
+
 void panel_register(int control, QWidget *widget)
 {
     if (panel_valid(control))
@@ -210,6 +247,7 @@ void panel_unregister_all(void)
     memset(panel_widgets, 0, sizeof panel_widgets);
     memset(panel_dials, 0, sizeof panel_dials);
     panel_status_bar = nullptr;
+    panel_shown_status[0] = 0;
 }
 
 void panel_set_watcher(const PanelWatcher *watcher)

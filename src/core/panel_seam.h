@@ -60,6 +60,7 @@ enum PanelStyle
     STYLE_GREEN_TEXT,
     STYLE_MENU_BAR,
     STYLE_MENU,
+    STYLE_GRAY_TEXT,
     STYLE_COUNT
 };
 
@@ -75,6 +76,15 @@ enum PanelDial
     DIAL_COUNT
 };
 
+// What a dial's reading is worth: live, stale (the last one, in gray), or
+// none at all ("no data", no needle).
+enum DialState
+{
+    DIAL_LIVE,
+    DIAL_STALE,
+    DIAL_NO_DATA
+};
+
 class QWidget;
 class QStatusBar;
 class Compass;
@@ -87,12 +97,16 @@ void panel_style(int control, int style);
 void panel_visible(int control, int visible);
 void panel_enabled(int control, int enabled);
 void panel_status(const char *text, int timeout_ms); // 0: no time-out
+// Clear the status bar if it still shows this text; another message that
+// has replaced it since is left alone.
+void panel_status_clear(const char *text);
 
 void panel_dial_needle(int dial, int needle, double value);
 void panel_dial_value_text(int dial, const char *text);
 void panel_dial_source_text(int dial, const char *text);
 void panel_dial_limits(int dial, double low, double high);
 void panel_dial_repaint(int dial);
+void panel_dial_state(int dial, int state); // a DialState
 
 // Something that sees every call of the seam, widgets or not: the tests'
 // recorder. Null entries are skipped; a null watcher removes it.
@@ -104,6 +118,7 @@ struct PanelWatcher
     void (*enabled)(int control, int enabled);
     void (*status)(const char *text);
     void (*dial_repaint)(int dial);
+    void (*dial_state)(int dial, int state);
 };
 void panel_set_watcher(const PanelWatcher *watcher);
 

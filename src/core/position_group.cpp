@@ -21,12 +21,35 @@ int position_el_limit_hit(double position, double minimum, double maximum)
     return position <= minimum || position >= maximum;
 }
 
-static void position_show(int control, int dial, double position, int limit_hit, int slider)
+static const char *position_text(char *text, int size, double position, int limit_hit, int read_status, int seen)
+{
+    if (read_status == 0)
+    {
+        snprintf(text, size, limit_hit ? "%7.2f *" : "%7.2f", position);
+    }
+    else if (seen)
+    {
+        // The last good reading, marked as one the antenna may have left.
+        snprintf(text, size, "%7.2f ?", position);
+    }
+    else
+    {
+        snprintf(text, size, "---");
+    }
+    return text;
+}
+
+// A reading the bus did not confirm in this pass is shown in gray, on the
+// box and on the dial alike, so a dead line never passes for a still dish.
+static void position_show(int control, int dial, double position, int limit_hit, int read_status, int seen,
+                          int slider)
 {
     char text[32];
-    snprintf(text, sizeof text, limit_hit ? "%7.2f *" : "%7.2f", position);
+    position_text(text, sizeof text, position, limit_hit, read_status, seen);
     panel_text(control, text);
+    panel_style(control, read_status == 0 ? STYLE_RED_TEXT : STYLE_GRAY_TEXT);
     panel_dial_value_text(dial, text);
+    panel_dial_state(dial, read_status == 0 ? DIAL_LIVE : DIAL_STALE);
     if (slider == 0)
     {
         panel_dial_repaint(dial);
@@ -39,9 +62,11 @@ PositionLimits position_group(int slider)
     ReadPosition();
     limits.through_north = settings.AzimuthLimitMin > settings.AzimuthLimitMax;
     limits.az_limit_hit = position_az_limit_hit(az_position, settings.AzimuthLimitMin, settings.AzimuthLimitMax);
-    position_show(PANEL_ANTENNA_AZIMUTH, DIAL_AZIMUTH, az_position, limits.az_limit_hit, slider);
+    position_show(PANEL_ANTENNA_AZIMUTH, DIAL_AZIMUTH, az_position, limits.az_limit_hit, az_read_status,
+                  az_position_seen, slider);
     limits.el_limit_hit = position_el_limit_hit(el_position, settings.ElevationLimitMin, settings.ElevationLimitMax);
-    position_show(PANEL_ANTENNA_ELEVATION, DIAL_ELEVATION, el_position, limits.el_limit_hit, slider);
+    position_show(PANEL_ANTENNA_ELEVATION, DIAL_ELEVATION, el_position, limits.el_limit_hit, el_read_status,
+                  el_position_seen, slider);
     return limits;
 }
 

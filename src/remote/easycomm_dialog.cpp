@@ -3,12 +3,14 @@
 #include "core/state.h"
 #include "remote/easycomm.h"
 #include "ui_easycomm_dialog.h"
+#include "widgets/touch_style.h"
 
 #include <QStringList>
 
 EasyCommDialog::EasyCommDialog(QWidget *parent) : QDialog(parent), ui(new Ui::EasyCommDialog)
 {
     ui->setupUi(this);
+    touch_style_dialog(this);
     listPorts();
     SerialLink *link = &easycomm.link;
     ui->BaudComboBox->setCurrentIndex(link->BaudRate);

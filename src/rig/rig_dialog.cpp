@@ -9,6 +9,7 @@
 #include "rig/rig_survey.h"
 #include "rig/serial_link.h"
 #include "ui_rig_dialog.h"
+#include "widgets/touch_style.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -20,6 +21,7 @@
 RigControlDialog::RigControlDialog(QWidget *parent) : QDialog(parent), ui(new Ui::RigControlDialog)
 {
     ui->setupUi(this);
+    touch_style_dialog(this);
     ui->tableWidget->setColumnWidth(0, 160);
     ui->tableWidget->setColumnWidth(1, 100);
     // Rows a finger can hit on the panel.

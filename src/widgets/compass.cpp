@@ -268,7 +268,7 @@ Compass::Compass(const char *title_text, const char *value, const char *source, 
       background_ready(0), needle_count(needles), needle1_color(color1), needle2_color(color2), needle1_value(0),
       needle2_value(0), start_angle(0), end_angle(0), scale_min(0), scale_max(0), minor_step(2), major_step(10),
       inner_start_angle(0), inner_end_angle(0), inner_min(0), inner_max(0), inner_minor_step(5),
-      inner_major_step(10)
+      inner_major_step(10), state(COMPASS_LIVE)
 {
     text_copy(title, sizeof title, title_text);
     text_copy(value_text, sizeof value_text, value);
@@ -320,6 +320,11 @@ void Compass::setValueText(const char *text)
 void Compass::setSourceText(const char *text)
 {
     text_copy(source_text, sizeof source_text, text);
+}
+
+void Compass::setState(int new_state)
+{
+    state = new_state;
 }
 
 void Compass::paintEvent(QPaintEvent *event)
@@ -429,14 +434,20 @@ void Compass::drawScales(QPainter &painter)
 void Compass::drawNeedles(QPainter &painter)
 {
     painter.setPen(compass_pen(Qt::black, 1));
-    if (needle_count >= 1)
+    // A needle at 0 on a dial that has heard nothing reads as a calm or a
+    // limit; better no needle than a false one.
+    if (needle_count >= 1 && state != COMPASS_NO_DATA)
     {
-        compass_draw_needle(painter, *this, needle1_value, needle1_color);
+        // A one-needle dial shows its reading on needle 1, so that is the
+        // needle that turns gray when the reading goes stale.
+        const QColor &colour = needle_count == 1 && state == COMPASS_STALE ? QColor(Qt::gray) : needle1_color;
+        compass_draw_needle(painter, *this, needle1_value, colour);
     }
-    // Needle 2 comes last so the antenna stays visible over the target.
-    if (needle_count >= 2)
+    // Needle 2 comes last so the antenna stays visible over the target; a
+    // stale antenna needle is gray, so it is never taken for a live one.
+    if (needle_count >= 2 && state != COMPASS_NO_DATA)
     {
-        compass_draw_needle(painter, *this, needle2_value, needle2_color);
+        compass_draw_needle(painter, *this, needle2_value, state == COMPASS_STALE ? QColor(Qt::gray) : needle2_color);
     }
     painter.setBrush(QBrush(Qt::white, Qt::SolidPattern));
     painter.drawEllipse(QPointF(center_x, center_y), 10, 10);
@@ -448,9 +459,14 @@ void Compass::drawTexts(QPainter &painter)
 {
     painter.setFont(compass_font(12));
     compass_text(painter, compass_title_rect(center_x, center_y), Qt::yellow, title);
-    if (value_text[0])
+    const QRect value_rect(center_x - 50, center_y + 50, 100, 60);
+    if (state == COMPASS_NO_DATA)
     {
-        compass_text(painter, QRect(center_x - 50, center_y + 50, 100, 60), Qt::red, value_text);
+        compass_text(painter, value_rect, Qt::gray, "no data");
+    }
+    else if (value_text[0])
+    {
+        compass_text(painter, value_rect, state == COMPASS_STALE ? Qt::gray : Qt::red, value_text);
     }
     if (source_text[0])
     {

@@ -81,6 +81,15 @@ int compass_limit_arc(const CompassScale *scale, double low, double high, int *s
 // The needle's triangle: two base points beside the centre, then the tip.
 void compass_needle(double cx, double cy, double radius, double angle, double xy[6]);
 
+// What a dial's reading is worth. A stale reading keeps its place but turns
+// gray; a dial with no data draws no needle at all, only the words.
+enum CompassState
+{
+    COMPASS_LIVE,
+    COMPASS_STALE,
+    COMPASS_NO_DATA
+};
+
 class Compass : public QWidget
 {
     Q_OBJECT
@@ -96,6 +105,7 @@ class Compass : public QWidget
     void setLimits(double low, double high);
     void setValueText(const char *text);
     void setSourceText(const char *text);
+    void setState(int state);
 
     int center_x, center_y;
     int radius;
@@ -116,6 +126,7 @@ class Compass : public QWidget
     double inner_min, inner_max;
     int inner_minor_step, inner_major_step;
     QRect paint_rect;
+    int state;
 
   signals:
     void MousePressed();

@@ -54,9 +54,14 @@ void HomeStationDialog::apply_styles(void)
     {
         button->setStyleSheet(panel_style_text(STYLE_GRAY));
     }
+    // The N/S and E/W letters need the room the default arrow box and
+    // frame take from them: a margin on the left and a wide arrow box.
+    const QString combo = QString("QComboBox { %1 padding-left: 16px; }"
+                                  "QComboBox::drop-down { width: 36px; }")
+                              .arg(QString::fromLatin1(panel_style_text(STYLE_GRAY)));
     for (QComboBox *box : findChildren<QComboBox *>())
     {
-        box->setStyleSheet(panel_style_text(STYLE_GRAY));
+        box->setStyleSheet(combo);
     }
     // OK and Cancel are touched with a finger like every other control.
     for (QAbstractButton *button : ui->buttonBox->buttons())

@@ -37,7 +37,7 @@ TEST_F(SimBus, BrtEncodersAreScaledAndADisconnectedOneFailsLikeASilentDevice)
     EXPECT_EQ(1, ReadPosition());
     EXPECT_NE(0, az_read_status);
     EXPECT_DOUBLE_EQ(90.0, az_position);
-    EXPECT_STREQ("Elevation read error", panel_last_status);
+    EXPECT_STREQ("Azimuth read error", panel_last_status);
 }
 
 TEST_F(SimBus, SilentAzimuthShowsTheErrorKeepsThePositionAndCarriesOver)
@@ -53,7 +53,8 @@ TEST_F(SimBus, SilentAzimuthShowsTheErrorKeepsThePositionAndCarriesOver)
     // Elevation was ready, so it is not read in this pass and shares the failure.
     EXPECT_EQ(1, el_read_status);
     EXPECT_DOUBLE_EQ(45.0, el_position);
-    EXPECT_STREQ("Elevation read error", panel_last_status);
+    // The status bar names the axis that failed, not the one it took along.
+    EXPECT_STREQ("Azimuth read error", panel_last_status);
     EXPECT_EQ(1, frames_seen("> 11"));
 }
 
@@ -77,6 +78,78 @@ TEST_F(SimBus, SetUpIsRepeatedOnlyWhileItFailsAndElevationSetUpRunsDespiteTheCar
     ReadPosition();
     EXPECT_EQ(3, frames_seen("> F0 09"));
     EXPECT_EQ(1, az_read_status);
+}
+
+// What the panel shows of each axis after one position group.
+struct AxisLook
+{
+    const char *az_text, *el_text;
+    int az_style, el_style;
+    int az_dial, el_dial;
+    const char *status;
+};
+
+static void expect_look(const AxisLook &want)
+{
+    EXPECT_STREQ(want.az_text, panel_last_text[PANEL_ANTENNA_AZIMUTH]);
+    EXPECT_STREQ(want.el_text, panel_last_text[PANEL_ANTENNA_ELEVATION]);
+    EXPECT_EQ(want.az_style, panel_last_style[PANEL_ANTENNA_AZIMUTH]);
+    EXPECT_EQ(want.el_style, panel_last_style[PANEL_ANTENNA_ELEVATION]);
+    EXPECT_EQ(want.az_dial, panel_dial_states[DIAL_AZIMUTH]);
+    EXPECT_EQ(want.el_dial, panel_dial_states[DIAL_ELEVATION]);
+    EXPECT_STREQ(want.status, panel_last_status);
+}
+
+// A dead reading never looks live: the silent axis keeps its last position
+// in gray with a "?" ("---" before any), the status bar names it, and the
+// first good pass puts everything back.
+TEST_F(SimBus, SilentEncoderGraysItsAxisNamesItAndRecoveryRestoresBoth)
+{
+    const int red = STYLE_RED_TEXT, gray = STYLE_GRAY_TEXT;
+    settings.AzimuthLimitMin = settings.ElevationLimitMin = -1000;
+    settings.AzimuthLimitMax = settings.ElevationLimitMax = 1000;
+    control("set az 120");
+    control("set el 20");
+    control("silent 0 on");
+    control("silent 1 on");
+    {
+        SCOPED_TRACE("both silent from the start, as with no bus: no reading yet, both named");
+        position_group(0);
+        expect_look({"---", "---", gray, gray, DIAL_STALE, DIAL_STALE, "Azimuth and elevation read error"});
+    }
+    control("silent 1 off");
+    {
+        SCOPED_TRACE("elevation answers its set-up while azimuth stays silent");
+        position_group(0);
+        expect_look({"---", "  20.00", gray, red, DIAL_STALE, DIAL_LIVE, "Azimuth read error"});
+    }
+    control("silent 0 off");
+    {
+        SCOPED_TRACE("both read: the message goes");
+        position_group(0);
+        expect_look({" 120.00", "  20.00", red, red, DIAL_LIVE, DIAL_LIVE, ""});
+    }
+    control("silent 1 on");
+    control("set el 30");
+    {
+        SCOPED_TRACE("elevation silent: only elevation is gray");
+        position_group(0);
+        expect_look({" 120.00", "  20.00 ?", red, gray, DIAL_LIVE, DIAL_STALE, "Elevation read error"});
+    }
+    control("silent 1 off");
+    control("silent 0 on");
+    {
+        SCOPED_TRACE("azimuth silent: elevation, not asked, is gray too; azimuth is named");
+        position_group(0);
+        expect_look({" 120.00 ?", "  20.00 ?", gray, gray, DIAL_STALE, DIAL_STALE, "Azimuth read error"});
+    }
+    control("silent 0 off");
+    panel_status("Azimuth stalled", 0);
+    {
+        SCOPED_TRACE("recovery clears only its own message");
+        position_group(0);
+        expect_look({" 120.00", "  30.00", red, red, DIAL_LIVE, DIAL_LIVE, "Azimuth stalled"});
+    }
 }
 
 TEST_F(SimBus, DevicesFindTheNextFrameAfterNoise)

@@ -50,6 +50,8 @@ void drive_test_settings(void)
     LoadSettings("drive-test-defaults.ini", &settings);
     settings.AZ_Addr = 1;
     settings.EL_Addr = 2;
+    // A station with a home, so AUTO may start on the Moon.
+    text_copy(settings.Grid, sizeof settings.Grid, "JO62sm");
     az_read_status = el_read_status = 0;
 }
 

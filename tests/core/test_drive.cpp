@@ -1,6 +1,7 @@
 // The drive's primitives and mode buttons: which frames go out in which
 // order, what the panel shows, and what the sleeps cost.
 #include "core/drive.h"
+#include "core/panel.h"
 #include "core/panel_seam.h"
 #include "core/state.h"
 #include "drive_recorder.h"
@@ -153,6 +154,45 @@ TEST_F(DriveModes, AutoParkAndStopToggleEachOther)
     EXPECT_EQ(drive_record.sleeps, std::vector<int>({500, 500}));
     EXPECT_EQ(drive_record.stop_style_at_sleep, std::vector<int>({STYLE_DARKRED, STYLE_DARKRED}));
     EXPECT_EQ(panel_last_style[PANEL_STOP], STYLE_GRAY);
+}
+
+// Every source worked out for the home station waits for one; the sources
+// that bring their own direction do not.
+struct HomeRow
+{
+    int source;
+    int want_auto;
+    const char *why;
+};
+
+static const HomeRow home_rows[] = {
+    {SOURCE_MOON, 0, "the Moon"},
+    {SOURCE_SUN, 0, "the Sun"},
+    {4, 0, "a planet"},
+    {12, 0, "a radio source"},
+    {SOURCE_USER_RADEC, 0, "User RA/Dec"},
+    {SOURCE_USER_AZEL, 1, "User Az/El is a direction already"},
+    {SOURCE_EASYCOMM, 1, "EasyComm"},
+    {SOURCE_GPREDICT, 1, "GPredict"},
+    {SOURCE_PSTROTATOR, 1, "PstRotator"},
+};
+
+TEST_F(DriveModes, AutoWaitsForAHomeStationOnComputedSources)
+{
+    for (const HomeRow &r : home_rows)
+    {
+        SCOPED_TRACE(r.why);
+        SetUp();
+        settings.Grid[0] = 0;
+        settings.TrackingSource = r.source;
+        drive_auto_pressed();
+        EXPECT_EQ(r.want_auto, auto_tracking);
+        EXPECT_EQ(r.want_auto ? STYLE_DARKGREEN : STYLE_NONE, panel_last_style[PANEL_AUTO]);
+        EXPECT_STREQ(r.want_auto ? "" : "Set the home station first", panel_last_status);
+    }
+    settings.Grid[0] = 0;
+    panel_update_display();
+    EXPECT_STREQ("Set home", panel_last_text[PANEL_HOME_STATION]);
 }
 
 TEST_F(DriveModes, ManualToggleStopsTheAxisAndRedrawsItsButton)

@@ -1,4 +1,9 @@
+#include "astro/sources_dialog.h"
+#include "core/about_dialog.h"
 #include "core/clock.h"
+#include "remote/easycomm_dialog.h"
+#include "rig/rig_dialog.h"
+#include "widgets/touch_style.h"
 #include "core/mainwindow.h"
 #include "core/panel_seam.h"
 #include "core/settings.h"
@@ -6,6 +11,12 @@
 #include "support/test_env.h"
 #include "ui_mainwindow.h"
 
+#include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QScroller>
+#include <QApplication>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -46,11 +57,68 @@ TEST_F(Window, DriveButtonsReachTheDrive)
 {
     MainWindow w(0);
     w.timer->stop();
+    text_copy(settings.Grid, sizeof settings.Grid, "JO62sm");
     emit w.ui->autoButton->pressed();
     EXPECT_EQ(1, auto_tracking);
     emit w.ui->AzManualButton->pressed();
     emit w.ui->leftButton->pressed();
     EXPECT_EQ(DIR_LEFT, az_direction);
+}
+
+// Every style the panel applies keeps the form's bold face, on buttons the
+// drive restyles and on those it leaves alone.
+TEST_F(Window, RestyledButtonsKeepTheFormsBoldWeight)
+{
+    MainWindow w(0);
+    w.timer->stop();
+    text_copy(settings.Grid, sizeof settings.Grid, "JO62sm");
+    w.show();
+    emit w.ui->autoButton->pressed();
+    emit w.ui->AzManualButton->pressed();
+    emit w.ui->TxDopplerButton->pressed();
+    emit w.ui->stopButton->pressed();
+    QApplication::processEvents();
+    const QList<QAbstractButton *> buttons = w.findChildren<QAbstractButton *>();
+    ASSERT_GT(buttons.size(), 20);
+    for (QAbstractButton *b : buttons)
+    {
+        b->ensurePolished();
+        EXPECT_TRUE(b->font().bold()) << b->objectName().toStdString();
+    }
+}
+
+// The dialogs laid out by us are made for a finger: OK and Cancel a finger
+// high, check boxes a thumb wide, tables that follow a drag.
+TEST_F(Window, FreeDialogsAreTouchSized)
+{
+    MainWindow w(0);
+    w.timer->stop();
+    SourcesDialog sources(&w);
+    RigControlDialog rig(&w);
+    EasyCommDialog easycomm_dialog(&w);
+    AboutDialog about(&w);
+    QDialog *const dialogs[] = {&sources, &rig, &easycomm_dialog, &about};
+    for (QDialog *d : dialogs)
+    {
+        SCOPED_TRACE(d->metaObject()->className());
+        d->show();
+        QApplication::processEvents();
+        const QList<QDialogButtonBox *> boxes = d->findChildren<QDialogButtonBox *>();
+        ASSERT_FALSE(boxes.isEmpty());
+        for (QAbstractButton *b : boxes.first()->buttons())
+        {
+            EXPECT_GE(b->height(), TOUCH_BUTTON_HEIGHT) << b->text().toStdString();
+        }
+        for (QCheckBox *c : d->findChildren<QCheckBox *>())
+        {
+            EXPECT_GE(c->sizeHint().height(), TOUCH_CHECK_SIZE);
+        }
+        for (QAbstractItemView *v : d->findChildren<QAbstractItemView *>())
+        {
+            EXPECT_TRUE(QScroller::hasScroller(v->viewport()));
+        }
+        d->hide();
+    }
 }
 
 // Wiring only: the position group feeds the pass log, and the window's end
@@ -61,6 +129,7 @@ TEST_F(Window, PassLogFollowsAutoAndClosesWithTheWindow)
     {
         MainWindow w(0);
         w.timer->stop();
+        text_copy(settings.Grid, sizeof settings.Grid, "JO62sm");
         emit w.ui->autoButton->pressed();
         for (int tick = 0; tick < 60; tick++)
         {

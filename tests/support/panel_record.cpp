@@ -10,6 +10,7 @@ int panel_last_visible[PANEL_COUNT];
 int panel_last_enabled[PANEL_COUNT];
 char panel_last_status[128];
 int panel_dial_repaints[DIAL_COUNT];
+int panel_dial_states[DIAL_COUNT];
 
 static void record_text(int control, const char *text)
 {
@@ -41,15 +42,22 @@ static void record_dial_repaint(int dial)
     panel_dial_repaints[dial]++;
 }
 
+static void record_dial_state(int dial, int state)
+{
+    panel_dial_states[dial] = state;
+}
+
 void panel_record_start(void)
 {
     static const PanelWatcher recorder = {record_text,    record_style,  record_visible,
-                                          record_enabled, record_status, record_dial_repaint};
+                                          record_enabled, record_status, record_dial_repaint,
+                                          record_dial_state};
     memset(panel_last_text, 0, sizeof panel_last_text);
     memset(panel_last_style, 0, sizeof panel_last_style);
     memset(panel_last_visible, 0, sizeof panel_last_visible);
     memset(panel_last_enabled, 0, sizeof panel_last_enabled);
     memset(panel_last_status, 0, sizeof panel_last_status);
     memset(panel_dial_repaints, 0, sizeof panel_dial_repaints);
+    memset(panel_dial_states, 0, sizeof panel_dial_states);
     panel_set_watcher(&recorder);
 }

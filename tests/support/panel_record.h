@@ -11,6 +11,7 @@ extern int panel_last_visible[PANEL_COUNT];
 extern int panel_last_enabled[PANEL_COUNT];
 extern char panel_last_status[128];
 extern int panel_dial_repaints[DIAL_COUNT];
+extern int panel_dial_states[DIAL_COUNT];
 
 // Forget what was asked and put the recorder behind the seam.
 void panel_record_start(void);
