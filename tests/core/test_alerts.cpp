@@ -25,6 +25,7 @@ class AlertsTest : public ::testing::Test
         test_reset_state();
         test_clear_settings();
         settings.TrackingSource = SOURCE_MOON;
+        text_copy(settings.Grid, sizeof settings.Grid, "JO62sm"); // AUTO on the Moon needs a home
         row = &source_table[SOURCE_MOON];
         drive_record_start();
     }
